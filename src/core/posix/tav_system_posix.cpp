@@ -1,0 +1,37 @@
+// tav_system_posix.cpp - the core runtime's operating-system calls on POSIX.
+//
+// Only code valid on every POSIX system belongs here.
+
+#include <cerrno>
+#include <cstdlib>
+#include <ctime>
+
+#include "../tav_system_os.h"
+
+namespace tav::os {
+
+uint32_t tickCountMilliseconds() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  const uint64_t milliseconds =
+      static_cast<uint64_t>(now.tv_sec) * 1000u + static_cast<uint64_t>(now.tv_nsec) / 1000000u;
+  return static_cast<uint32_t>(milliseconds);
+}
+
+void sleepMilliseconds(uint32_t milliseconds) {
+  timespec remaining{static_cast<time_t>(milliseconds / 1000u),
+                     static_cast<long>(milliseconds % 1000u) * 1000000L};
+  while (nanosleep(&remaining, &remaining) == -1 && errno == EINTR) {
+  }
+}
+
+// Function addresses are unique across the process, the shared library included.
+bool isRuntimeMalloc(void* (*allocator)(size_t)) { return allocator == &::malloc; }
+
+// There is no platform family to report outside Windows.
+uint32_t operatingSystemId() { return 0; }
+
+// There is no pop-up on POSIX: the report on standard error is the whole report.
+void showAssertionPopup(const char* /*report*/) {}
+
+}  // namespace tav::os

@@ -1,0 +1,31 @@
+// tav_system_os.h - the operating-system calls of the core runtime.
+//
+// Implemented once per platform in posix/ and win32/; the generic core files call only these.
+
+#ifndef TAV_SYSTEM_OS_H
+#define TAV_SYSTEM_OS_H
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tav::os {
+
+// Milliseconds since an unspecified start, cut to 32 bits; wraps after about 49.7 days.
+uint32_t tickCountMilliseconds();
+
+// Sleeps at least the given number of milliseconds, also when signals interrupt the sleep.
+void sleepMilliseconds(uint32_t milliseconds);
+
+// 512 for the NT family, 513 for the 95 family, 514 for Win32s, 0 for any other platform.
+uint32_t operatingSystemId();
+
+// Whether allocator is the C runtime's malloc itself, however the calling module reached it
+// (directly, or through its own import stub).
+bool isRuntimeMalloc(void* (*allocator)(size_t));
+
+// Shows the assertion report in a blocking message box where the platform has one.
+void showAssertionPopup(const char* report);
+
+}  // namespace tav::os
+
+#endif  // TAV_SYSTEM_OS_H

@@ -1,0 +1,133 @@
+// Error coordinates, their message ids, and the exception classes.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <map>
+#include <stdexcept>
+
+#include "tav_error.h"
+
+namespace {
+
+TEST(ErrorMessageIds, EveryMessageFrom47To149IsUsedByExactlyOneCoordinate) {
+  std::map<unsigned long, int> uses;
+#define TAV_COUNT_ID(name, value, message) ++uses[tavErrorGetIdAsMessageId(value)];
+#define TAV_COUNT_CLASS(name, value, message) \
+  ++uses[tavErrorGetClassAsMessageId(static_cast<TavEnErrorClass>(value))];
+#define TAV_COUNT_SEVERITY(name, value, message) \
+  ++uses[tavErrorGetSeverityAsMessageId(static_cast<TavEnErrorSeverity>(value))];
+#define TAV_COUNT_ACTION(name, value, message) \
+  ++uses[tavErrorGetActionAsMessageId(static_cast<TavEnErrorAction>(value))];
+  TAV_ERROR_ID_LIST(TAV_COUNT_ID)
+  TAV_ERROR_CLASS_LIST(TAV_COUNT_CLASS)
+  TAV_ERROR_SEVERITY_LIST(TAV_COUNT_SEVERITY)
+  TAV_ERROR_ACTION_LIST(TAV_COUNT_ACTION)
+  ASSERT_EQ(uses.size(), 103u);
+  EXPECT_EQ(uses.begin()->first, 47u);
+  EXPECT_EQ(uses.rbegin()->first, 149u);
+  for (const auto& [message, count] : uses) EXPECT_EQ(count, 1) << "message " << message;
+}
+
+TEST(ErrorMessageIds, KnownRows) {
+  EXPECT_EQ(tavErrorGetIdAsMessageId(NO_ERROR), 47u);
+  EXPECT_EQ(tavErrorGetIdAsMessageId(CONUI_USAGE), 48u);
+  EXPECT_EQ(tavErrorGetIdAsMessageId(TRACEFORMAT_FILE_CORRUPTED), 75u);
+  EXPECT_EQ(tavErrorGetIdAsMessageId(1001118), 105u);
+  EXPECT_EQ(tavErrorGetClassAsMessageId(TAV_CLASS_IO_INVALID_NAME), 128u);
+  EXPECT_EQ(tavErrorGetSeverityAsMessageId(TAV_SEVERITY_FATAL), 137u);
+  // The messages of RETRYDELAY and USER are crossed on purpose.
+  EXPECT_EQ(tavErrorGetActionAsMessageId(TAV_ACTION_RETRYDELAY), 146u);
+  EXPECT_EQ(tavErrorGetActionAsMessageId(TAV_ACTION_USER), 145u);
+}
+
+TEST(ErrorMessageIds, ValuesOutsideTheTablesGiveZero) {
+  EXPECT_EQ(tavErrorGetIdAsMessageId(1000501), 0u);  // the unassigned block
+  EXPECT_EQ(tavErrorGetIdAsMessageId(200), 0u);
+  EXPECT_EQ(tavErrorGetIdAsMessageId(0xFFFFFFFFul), 0u);
+  EXPECT_EQ(tavErrorGetClassAsMessageId(static_cast<TavEnErrorClass>(3)), 0u);
+  EXPECT_EQ(tavErrorGetSeverityAsMessageId(static_cast<TavEnErrorSeverity>(9)), 0u);
+  EXPECT_EQ(tavErrorGetActionAsMessageId(static_cast<TavEnErrorAction>(7)), 0u);
+}
+
+TEST(Exceptions, FatalWithoutCauseHasEmptyCauseAndNoPosition) {
+  const TavClExceptionFatal fatal(MEMMGR_NO_USER_REALLOC_FUNC, TAV_CLASS_FUNCTION_NOT_SUPPORTED,
+                                  TAV_ACTION_ABORT, nullptr);
+  ASSERT_NE(fatal.getCause(), nullptr);
+  EXPECT_STREQ(fatal.getCause(), "");
+  EXPECT_EQ(fatal.getModule(), nullptr);
+  EXPECT_EQ(fatal.getLine(), 0u);
+  EXPECT_EQ(fatal.getSeverity(), TAV_SEVERITY_FATAL);
+  EXPECT_EQ(fatal.getAction(), TAV_ACTION_ABORT);
+}
+
+TEST(Exceptions, FatalIsAlwaysOfSeverityFatal) {
+  const TavClExceptionFatal fatal("cause", "x.cpp:1", 1, ICU_PARSE_ERROR, TAV_CLASS_INVALID_DATA,
+                                  TAV_SEVERITY_WARNING, TAV_ACTION_RETRY);
+  EXPECT_EQ(fatal.getSeverity(), TAV_SEVERITY_FATAL);
+}
+
+TEST(Exceptions, ThrowMacroRecordsFileAndLineOfTheThrowSite) {
+  unsigned expectedLine = 0;
+  try {
+    expectedLine = __LINE__ + 1;
+    TAV_THROW("Unexpected ICU error", ICU_UNEXPECTED_ICU_ERROR, TAV_CLASS_UNKNOWN,
+              TAV_SEVERITY_INTERNAL, TAV_ACTION_ABORT);
+  } catch (const TavClException& caught) {
+    EXPECT_STREQ(caught.getCause(), "Unexpected ICU error");
+    EXPECT_EQ(caught.getLine(), expectedLine);
+    const std::string expectedModule = "tav_error_test.cpp:" + std::to_string(expectedLine);
+    EXPECT_STREQ(caught.getModule(), expectedModule.c_str());
+    const _TavStUserError error = caught.getUserError();
+    EXPECT_EQ(error.id, ICU_UNEXPECTED_ICU_ERROR);
+    EXPECT_EQ(error.severity, TAV_SEVERITY_INTERNAL);
+    return;
+  }
+  FAIL() << "nothing thrown";
+}
+
+// A handler for the base class by reference sees the whole exception, its dynamic type and its
+// data; a handler for the standard exceptions sees nothing.
+TEST(Exceptions, CaughtByBaseReferenceWithoutSlicing) {
+  try {
+    try {
+      TAV_THROW_FATAL("disk gone", FILE_COULD_NOT_COPY, TAV_CLASS_IO_WRITE_PROBLEM,
+                      TAV_ACTION_TERMINATE);
+    } catch (const std::exception&) {
+      FAIL() << "a standard-exception handler caught a library exception";
+    }
+  } catch (const TavClExceptionABase& caught) {
+    EXPECT_TRUE(caught.isTavException());
+    EXPECT_STREQ(caught.getCause(), "disk gone");
+    const auto* fatal = dynamic_cast<const TavClExceptionFatal*>(&caught);
+    ASSERT_NE(fatal, nullptr);
+    EXPECT_EQ(fatal->getId(), FILE_COULD_NOT_COPY);
+    EXPECT_EQ(fatal->getErrorClass(), TAV_CLASS_IO_WRITE_PROBLEM);
+    return;
+  }
+  FAIL() << "nothing caught";
+}
+
+TEST(Exceptions, CopiesShareTheStaticTexts) {
+  static const char kCause[] = "cause text";
+  const TavClException original(kCause, "m.cpp:9", 9, INIFILE_INVAL_OPTION,
+                                TAV_CLASS_USER_DATA_ERROR, TAV_SEVERITY_NORMAL, TAV_ACTION_USER);
+  TavClException copy = original;
+  EXPECT_EQ(copy.getCause(), kCause);
+  EXPECT_EQ(copy.getModule(), original.getModule());
+  EXPECT_EQ(copy.getAction(), TAV_ACTION_USER);
+}
+
+TEST(DebugPrint, PrefixesFileAndLineAndEndsTheLine) {
+  testing::internal::CaptureStdout();
+  const int flushed = tav_tprintf("main.cpp", 42, "value %d", 7);
+  const int flushedWithNewline = tav_tprintf("a.c", 1, "two\nlines");
+  const std::string printed = testing::internal::GetCapturedStdout();
+  EXPECT_EQ(flushed, 0);
+  EXPECT_EQ(flushedWithNewline, 0);
+  // A format that has a newline anywhere gets none added.
+  EXPECT_EQ(printed, "[main.cpp:42] value 7\n[a.c:1] two\nlines");
+}
+
+}  // namespace

@@ -1,0 +1,115 @@
+// Numbers to text, byte swapping, sleeping, the library level and the small string functions.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "tav_utils.h"
+
+namespace {
+
+TEST(NumberText, ExtremesAndZero) {
+  char text[TAV_INT64_TEXT_SIZE];
+  EXPECT_EQ(tavItoa(std::numeric_limits<int32_t>::min(), text), 11);
+  EXPECT_STREQ(text, "-2147483648");
+  EXPECT_EQ(tavLtoa(0, text), 1);
+  EXPECT_STREQ(text, "0");
+  EXPECT_EQ(tavULtoa(std::numeric_limits<uint32_t>::max(), text), 10);
+  EXPECT_STREQ(text, "4294967295");
+  EXPECT_EQ(tavI64toa(std::numeric_limits<int64_t>::min(), text), 20);
+  EXPECT_STREQ(text, "-9223372036854775808");
+  EXPECT_EQ(tavW64toa(std::numeric_limits<uint64_t>::max(), text), 20);
+  EXPECT_STREQ(text, "18446744073709551615");
+}
+
+TEST(NumberText, AgreesWithTheStandardLibraryOnRandomValues) {
+  std::mt19937_64 random(7);
+  char text[TAV_INT64_TEXT_SIZE];
+  for (int i = 0; i < 10000; ++i) {
+    const uint64_t bits = random() >> (random() % 64);  // every magnitude, not only huge ones
+    const auto value32 = static_cast<int32_t>(bits);
+    ASSERT_EQ(tavItoa(value32, text), static_cast<int>(std::to_string(value32).size()));
+    ASSERT_EQ(text, std::to_string(value32));
+    tavI64toa(static_cast<int64_t>(bits), text);
+    ASSERT_EQ(text, std::to_string(static_cast<int64_t>(bits)));
+    tavW64toa(bits, text);
+    ASSERT_EQ(text, std::to_string(bits));
+  }
+}
+
+TEST(ByteOrder, SwapsWholeUnitsOnlyAndHostToLittleIsNoChange) {
+  unsigned char bytes[] = {1, 2, 3, 4, 5};
+  tavEndianConvertW16LittleToBig(bytes, 5);
+  EXPECT_EQ(std::memcmp(bytes, "\2\1\4\3\5", 5), 0);
+  tavEndianConvertW16BigToHost(bytes, 4);
+  EXPECT_EQ(std::memcmp(bytes, "\1\2\3\4\5", 5), 0);
+  tavEndianConvertW16HostToLittle(bytes, 5);
+  tavEndianConvertW16LittleToHost(bytes, 5);
+  EXPECT_EQ(std::memcmp(bytes, "\1\2\3\4\5", 5), 0);
+  tavEndianConvertW16HostToBig(bytes, 1);  // no whole unit: nothing changes
+  EXPECT_EQ(bytes[0], 1);
+}
+
+TEST(SystemUtilities, SleepAdvancesTheTimeStamp) {
+  const uint32_t before = tavGetTimeStamp();
+  tavSleepMilliSeconds(60);
+  const uint32_t elapsed = tavGetTimeStamp() - before;  // unsigned difference survives a wrap
+  EXPECT_GE(elapsed, 40u);  // the tick counter may advance in steps of 16 ms
+}
+
+TEST(SystemUtilities, LibraryLevelTexts) {
+  EXPECT_STREQ(tavLibraryGetLevel(), "TAVLibR5-29");
+  EXPECT_STREQ(tavLibraryGetTod(), "May 13 2010");
+  const uint32_t system = tavGetOperatingSystemId();
+  EXPECT_TRUE(system == 0 || system == 512) << system;
+}
+
+struct FindCase {
+  const char* text;
+  const char* pattern;
+  bool ignoreCase;
+  int expectedOffset;  // -1: not found
+};
+
+TEST(StrFind, CaseSensitiveIsStrstrAndIgnoreCaseRestartsAfterAMismatch) {
+  const FindCase cases[] = {
+      {"aab", "ab", false, 1},
+      {"aab", "ab", true, -1},  // the 'a' that broke "aa" is not tried again as a start
+      {"xxABcxx", "abc", true, 2},
+      {"xxabcxx", "ABC", false, -1},
+      {"abc", "", true, 0},
+      {"abc", "", false, 0},
+      {"", "a", true, -1},
+      {"ab", "abc", true, -1},
+      {"aXbAB", "ab", true, 3},
+      {"mississippi", "issip", false, 4},
+      {"mississippi", "ISSIP", true, -1},  // "issis" breaks at 's', restart misses the overlap
+      {"abcabd", "ABD", true, 3},
+  };
+  for (const FindCase& c : cases) {
+    SCOPED_TRACE(std::string(c.text) + " / " + c.pattern + (c.ignoreCase ? " ignoring case" : ""));
+    const char* found = tavStrFind(c.text, c.pattern, c.ignoreCase);
+    if (c.expectedOffset < 0) {
+      EXPECT_EQ(found, nullptr);
+    } else {
+      EXPECT_EQ(found, c.text + c.expectedOffset);
+    }
+  }
+}
+
+TEST(StrCountAndCopyUntil, Basics) {
+  EXPECT_EQ(tavStrCount("", 'a'), 0u);
+  EXPECT_EQ(tavStrCount("a;b;;c", ';'), 3u);
+  char destination[16] = "untouched";
+  EXPECT_EQ(tavStrCopyUntil(destination, ";rest", ';'), 0u);
+  EXPECT_STREQ(destination, "");
+  EXPECT_EQ(tavStrCopyUntil(destination, "key=value", '='), 3u);
+  EXPECT_STREQ(destination, "key");
+  EXPECT_EQ(tavStrCopyUntil(destination, "no delimiter", '='), 12u);
+  EXPECT_STREQ(destination, "no delimiter");
+}
+
+}  // namespace
