@@ -1,0 +1,102 @@
+// Environment variables: the on/off rule, setting, appending, removing and the name limit.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "tav_environment.h"
+#include "tav_test_allocator.h"
+
+namespace {
+
+// Each test uses its own variable names and removes them afterwards.
+class EnvironmentVariable : public testing::Test {
+ protected:
+  void TearDown() override {
+    for (const char* name : {"TAV_TEST_SWITCH", "TAV_TEST_PATH", "TAV_TEST_VALUE"}) {
+      TavClEnvironmentVariable(name, nullptr);
+    }
+  }
+};
+
+TEST_F(EnvironmentVariable, OnlyOnYesTrueAndOneInAnyCaseAreEnabled) {
+  TavClEnvironmentVariable variable("TAV_TEST_SWITCH", nullptr);
+  EXPECT_FALSE(variable.hasValue());
+  EXPECT_FALSE(variable.hasValueEnabled());
+  for (const char* on : {"on", "Yes", "TRUE", "true", "1"}) {
+    ASSERT_TRUE(variable.setNewValue(on));
+    EXPECT_TRUE(variable.hasValueEnabled()) << on;
+  }
+  for (const char* off : {"", "0", "OFF", " 1", "1 ", "2", "yess", "o"}) {
+    variable.setNewValue(off);
+    EXPECT_FALSE(variable.hasValueEnabled()) << "'" << off << "'";
+  }
+}
+
+TEST_F(EnvironmentVariable, SetReadAndRemove) {
+  TavClEnvironmentVariable variable("TAV_TEST_VALUE", "first");
+  EXPECT_STREQ(variable.getValue(), "first");
+  EXPECT_STREQ(variable.getAssignment(), "TAV_TEST_VALUE=first");
+  EXPECT_TRUE(variable.setNewValue("second value"));
+  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly("TAV_TEST_VALUE").getValue(), "second value");
+  variable.resetValue();
+  EXPECT_STREQ(variable.getAssignment(), "TAV_TEST_VALUE");
+  EXPECT_FALSE(variable.hasValue());
+  variable.setNewValue("again");
+  variable.setNewValue(nullptr);
+  EXPECT_EQ(variable.getValue(), nullptr);
+}
+
+TEST_F(EnvironmentVariable, EmptyValueIsWhatTheRuntimeMakesOfIt) {
+  TavClEnvironmentVariable variable("TAV_TEST_VALUE", "");
+  // Set and empty on POSIX; removed on Windows.
+  const char* value = variable.getValue();
+  EXPECT_TRUE(value == nullptr || *value == '\0');
+}
+
+TEST_F(EnvironmentVariable, AppendAddsTextWithoutSeparator) {
+  TavClEnvironmentVariable path("TAV_TEST_PATH", nullptr);
+  EXPECT_TRUE(path.appendValue(";C:\\x"));
+  EXPECT_STREQ(path.getValue(), ";C:\\x");
+  TavClEnvironmentVariable value("TAV_TEST_VALUE", "a");
+  EXPECT_TRUE(value.appendValue("b"));
+  EXPECT_STREQ(value.getValue(), "ab");
+  const std::string longText(5000, 'x');
+  EXPECT_TRUE(value.appendValue(longText.c_str()));
+  EXPECT_EQ(std::strlen(value.getValue()), 5002u);
+}
+
+TEST_F(EnvironmentVariable, ValueOutlivesTheObjectThatSetIt) {
+  { TavClEnvironmentVariable variable("TAV_TEST_VALUE", "kept"); }
+  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly("TAV_TEST_VALUE").getValue(), "kept");
+}
+
+TEST_F(EnvironmentVariable, NamesAreCutAtFortyCharacters) {
+  const std::string longName = "TAV_TEST_VALUE_" + std::string(40, 'N');
+  TavClEnvironmentVariable variable(longName.c_str(), "cut");
+  EXPECT_EQ(std::strlen(variable.getName()), 40u);
+  const std::string cutName = longName.substr(0, 40);
+  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly(cutName.c_str()).getValue(), "cut");
+  variable.resetValue();
+}
+
+TEST_F(EnvironmentVariable, QueryOnlyNames) {
+  TavClEnvironmentVariable source("TAV_TEST_VALUE", "shared");
+  TavClEnvironmentVariableQueryOnly query;
+  EXPECT_STREQ(query.getName(), "?");
+  EXPECT_FALSE(query.hasValue());
+  query.setNewName("TAV_TEST_VALUE");
+  EXPECT_STREQ(query.getValue(), "shared");
+  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly(source).getValue(), "shared");
+}
+
+TEST_F(EnvironmentVariable, AllocationFailuresLeaveNoBlockBehind) {
+  tav::test::forEachAllocationFailure([] {
+    TavClEnvironmentVariable variable("TAV_TEST_VALUE", "start");
+    variable.appendValue(std::string(300, 'y').c_str());
+    variable.setNewValue(std::string(1000, 'z').c_str());
+  });
+}
+
+}  // namespace

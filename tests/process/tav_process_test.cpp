@@ -1,0 +1,52 @@
+// Process and thread identities, and ending a process.
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "tav_process.h"
+#include "tav_test_child.h"
+
+namespace {
+
+TEST(ProcessProperty, DefaultIsTheCallingProcess) {
+  EXPECT_EQ(TavClProcessProperty().getId(), tav::test::nativeProcessId());
+  EXPECT_EQ(TavClProcessProperty(1234u).getId(), 1234u);
+}
+
+TEST(ThreadProperty, EachThreadHasItsOwnStableId) {
+  const uint32_t mainThread = TavClThreadProperty().getId();
+  EXPECT_NE(mainThread, 0u);
+  EXPECT_EQ(TavClThreadProperty().getId(), mainThread);
+  uint32_t otherThread = 0;
+  std::thread([&otherThread] { otherThread = TavClThreadProperty().getId(); }).join();
+  EXPECT_NE(otherThread, 0u);
+  EXPECT_NE(otherThread, mainThread);
+}
+
+TEST(ProcessKill, EndsARunningProcessAndCountsAGoneOneAsEnded) {
+  const uint32_t child = tav::test::startWaitingChild();
+  ASSERT_NE(child, 0u) << "could not start a child process";
+  TavClProcess process(child);
+  EXPECT_EQ(process.getError().id, NO_ERROR);
+  EXPECT_TRUE(process.kill());
+  EXPECT_EQ(process.getError().id, NO_ERROR);
+  EXPECT_TRUE(tav::test::waitForChildEnd(child, 10000)) << "the child is still running";
+
+  // The child has ended and been reaped: its id names no process any more.
+  TavClProcess gone(child);
+  EXPECT_TRUE(gone.kill());
+  EXPECT_EQ(gone.getError().id, NO_ERROR);
+  EXPECT_EQ(gone.getError().errorClass, TAV_CLASS_UNKNOWN);
+}
+
+TEST(ProcessKill, IdsThatNameNoSingleProcessAreNeverSignalled) {
+  // On POSIX, 0 and ids above INT_MAX would address whole process groups: this process's among
+  // them. Surviving this test is the check.
+  for (unsigned int id : {0u, 0x80000000u, 0xFFFFFFFFu}) {
+    TavClProcess process(id);
+    EXPECT_TRUE(process.kill()) << id;
+  }
+}
+
+}  // namespace
