@@ -13,6 +13,12 @@ if(TAV_WARNINGS_AS_ERRORS)
   list(APPEND TAV_WARNING_FLAGS -Werror)
 endif()
 
+# Fuzzing always runs with the sanitizers: they turn silent memory errors into findings, and
+# their runtime provides the coverage hooks that every instrumented program calls.
+if(TAV_BUILD_FUZZERS)
+  set(TAV_SANITIZE ON)
+endif()
+
 if(TAV_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=address,undefined)

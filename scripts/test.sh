@@ -1,0 +1,72 @@
+#!/usr/bin/env bash
+# Installs what is missing, then builds and runs every test three ways: Linux release, Linux
+# with AddressSanitizer and UndefinedBehaviorSanitizer (clang, which also builds the fuzz
+# targets and runs each briefly), and the Windows DLL under Wine. Warnings are errors.
+# Exits non-zero if anything fails; the last line is the summary.
+set -uo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/install-deps.sh test || { echo "SUMMARY: could not install the packages"; exit 1; }
+
+jobs=$(nproc 2>/dev/null || echo 2)
+failed=()
+summary=()
+
+# Sums the test counts of the GoogleTest XML reports in a build directory.
+count_tests() {
+  local total=0 n
+  for report in "$1"/test-results/*.xml; do
+    [ -f "$report" ] || continue
+    n=$(grep -o -m1 '<testsuites tests="[0-9]*"' "$report" | grep -o '[0-9]*')
+    total=$((total + ${n:-0}))
+  done
+  echo "$total"
+}
+
+# run_stage NAME BUILD_DIR [cmake arguments...]: configure, build and run the tests.
+run_stage() {
+  local name=$1 dir=$2
+  shift 2
+  echo "=== $name: configure and build"
+  rm -rf "$dir/test-results"
+  if ! cmake -S . -B "$dir" -G Ninja -DTAV_WARNINGS_AS_ERRORS=ON "$@" >"$dir.configure.log" 2>&1; then
+    cat "$dir.configure.log"; failed+=("$name (configure)"); return 1
+  fi
+  if ! cmake --build "$dir" -j "$jobs"; then failed+=("$name (build)"); return 1; fi
+  echo "=== $name: tests"
+  if ! ctest --test-dir "$dir" --output-on-failure -j "$jobs"; then
+    failed+=("$name (tests)")
+  fi
+  summary+=("$name $(count_tests "$dir")")
+}
+
+mkdir -p out
+
+run_stage "linux-release" out/linux-release -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_BENCHMARKS=ON
+
+if run_stage "linux-asan-ubsan" out/linux-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DTAV_SANITIZE=ON -DTAV_BUILD_FUZZERS=ON; then
+  echo "=== fuzz targets: a short run of each on its seed corpus"
+  for fuzzer in out/linux-sanitize/bin/tav_fuzz_*; do
+    [ -x "$fuzzer" ] || continue
+    name=$(basename "$fuzzer")
+    corpus=$(mktemp -d)
+    cp fuzz/corpus/"$name"/* "$corpus"/ 2>/dev/null || true
+    if ! "$fuzzer" -max_total_time=15 -print_final_stats=0 "$corpus" >"out/$name.log" 2>&1; then
+      tail -40 "out/$name.log"; failed+=("fuzz $name")
+    fi
+    rm -rf "$corpus"
+  done
+fi
+
+export WINEDEBUG=-all WINEPREFIX="$PWD/out/wine-prefix" WINEDLLOVERRIDES="mscoree,mshtml="
+run_stage "windows-wine" out/windows -DCMAKE_BUILD_TYPE=Release \
+  -DCMAKE_TOOLCHAIN_FILE=cmake/mingw-w64-x86_64.cmake
+
+echo
+for line in "${summary[@]}"; do echo "tests run: $line"; done
+if [ ${#failed[@]} -ne 0 ]; then
+  echo "SUMMARY: FAILED: ${failed[*]}"
+  exit 1
+fi
+echo "SUMMARY: all tests passed (${summary[*]})"
