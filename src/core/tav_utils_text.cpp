@@ -7,20 +7,42 @@
 
 namespace {
 
-// Writes the digits least significant first, then reverses them in place; returns the length.
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+template <typename Unsigned>
+int decimalLength(Unsigned value) {
+  int length = 1;
+  for (;;) {
+    if (value < 10) return length;
+    if (value < 100) return length + 1;
+    if (value < 1000) return length + 2;
+    if (value < 10000) return length + 3;
+    value /= 10000;
+    length += 4;
+  }
+}
+
+// Produces the digits least significant first, two at a time, from the end of the text
+// backwards, so that they come out in reading order; returns the length.
 template <typename Unsigned>
 int writeDigits(Unsigned magnitude, char* out) {
-  int length = 0;
-  do {
-    out[length++] = static_cast<char>('0' + magnitude % 10);
-    magnitude /= 10;
-  } while (magnitude != 0);
-  for (int low = 0, high = length - 1; low < high; ++low, --high) {
-    const char swapped = out[low];
-    out[low] = out[high];
-    out[high] = swapped;
-  }
+  const int length = decimalLength(magnitude);
   out[length] = '\0';
+  char* position = out + length;
+  while (magnitude >= 100) {
+    const auto pair = static_cast<size_t>(magnitude % 100) * 2;
+    magnitude /= 100;
+    position -= 2;
+    std::memcpy(position, kDigitPairs + pair, 2);
+  }
+  if (magnitude >= 10) {
+    std::memcpy(position - 2, kDigitPairs + static_cast<size_t>(magnitude) * 2, 2);
+  } else {
+    position[-1] = static_cast<char>('0' + magnitude);
+  }
   return length;
 }
 

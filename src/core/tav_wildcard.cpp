@@ -14,7 +14,8 @@
 namespace {
 
 bool sameCharacter(char patternChar, char textChar, bool caseSensitive) {
-  if (caseSensitive) return patternChar == textChar;
+  if (patternChar == textChar) return true;  // spares the locale lookup of toupper
+  if (caseSensitive) return false;
   return std::toupper(static_cast<unsigned char>(patternChar)) ==
          std::toupper(static_cast<unsigned char>(textChar));
 }
