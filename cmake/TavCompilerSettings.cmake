@@ -43,3 +43,5 @@ endif()
 function(tav_target_warnings target)
   target_compile_options(${target} PRIVATE ${TAV_WARNING_FLAGS})
 endfunction()
+
+include(TavSubsystem)

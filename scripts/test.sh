@@ -42,7 +42,16 @@ run_stage() {
 
 mkdir -p out
 
-run_stage "linux-release" out/linux-release -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_BENCHMARKS=ON
+if run_stage "linux-release" out/linux-release -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_BENCHMARKS=ON; then
+  echo "=== install, and build a program against the installed package"
+  rm -rf out/install out/install-check
+  if ! { cmake --install out/linux-release --prefix "$PWD/out/install" >/dev/null &&
+         cmake -S tests/install -B out/install-check -G Ninja -DCMAKE_PREFIX_PATH="$PWD/out/install" >/dev/null &&
+         cmake --build out/install-check >/dev/null &&
+         LD_LIBRARY_PATH="$PWD/out/install/lib" out/install-check/tav_install_check; }; then
+    failed+=("install check")
+  fi
+fi
 
 if run_stage "linux-asan-ubsan" out/linux-sanitize -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DTAV_SANITIZE=ON -DTAV_BUILD_FUZZERS=ON; then
