@@ -1,0 +1,87 @@
+// Dump lines and whole-area dumps.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <sstream>
+#include <string>
+
+#include "tav_dump.h"
+
+namespace {
+
+TEST(DumpLine, HexLineOfThreeBytesShowsPlaceholdersForTheRest) {
+  const unsigned char bytes[] = {0x41, 0x00, 0x7F};
+  EXPECT_STREQ(TavClStrepHexDump(16, bytes, 3).getAsCString(),
+               "00000010: 41 00 7f __ __ __ __ __  __ __ __ __ __ __ __ __ | A.._____________");
+  EXPECT_STREQ(TavClStrepHexDump(bytes, 3).getAsCString(),
+               "41 00 7f __ __ __ __ __  __ __ __ __ __ __ __ __ | A.._____________");
+}
+
+TEST(DumpLine, FullLinesHaveTheirFixedLengthAndIgnoreExtraBytes) {
+  unsigned char bytes[20];
+  for (unsigned i = 0; i < sizeof(bytes); ++i) bytes[i] = static_cast<unsigned char>('a' + i);
+  const TavClStrepHexDump hex(0xABCDEF, bytes, sizeof(bytes));
+  EXPECT_EQ(std::strlen(hex.getAsCString()), 77u);
+  EXPECT_STREQ(hex.getAsCString() + 59, "| abcdefghijklmnop");
+  const TavClStrepBinDump bin(0, bytes, 8);
+  EXPECT_EQ(std::strlen(bin.getAsCString()), 93u);
+  EXPECT_STREQ(bin.getAsCString() + 83, "| abcdefgh");
+}
+
+TEST(DumpLine, BinaryLineMostSignificantBitFirst) {
+  const unsigned char byte = 0xA5;
+  EXPECT_STREQ(TavClStrepBinDump(0, &byte, 1).getAsCString(),
+               "00000000: 10100101 ________ ________ ________  ________ ________ ________ "
+               "________ | ._______");
+}
+
+TEST(DumpLine, WideOffsetsAreShownWhole) {
+  const unsigned char byte = 'x';
+  const size_t offset = static_cast<size_t>(0x12345678) << 4;  // nine digits
+  EXPECT_EQ(std::string(TavClStrepHexDump(offset, &byte, 1).getAsCString()).substr(0, 11),
+            "123456780: ");
+}
+
+TEST(DumpArea, RowsOfSixteenOrEightNumberedByOffset) {
+  unsigned char bytes[17];
+  std::memset(bytes, '-', sizeof(bytes));
+  std::ostringstream hex;
+  tavDumpHex(hex, bytes, sizeof(bytes));
+  const std::string text = hex.str();
+  ASSERT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
+  EXPECT_EQ(text.substr(text.find('\n') + 1),
+            "00000010: 2d __ __ __ __ __ __ __  __ __ __ __ __ __ __ __ | -_______________\n");
+
+  const uint32_t elements[] = {0x01020304, 0x05060708};
+  std::ostringstream bin;
+  tavDumpBin(bin, elements, 2);
+  const std::string binText = bin.str();
+  EXPECT_EQ(std::count(binText.begin(), binText.end(), '\n'), 1);
+  EXPECT_EQ(binText.substr(0, 19), "00000000: 00000100 ");  // memory order: 04 comes first
+
+  std::ostringstream nothing;
+  tavDump(nothing, bytes, 0);
+  EXPECT_EQ(nothing.str(), "");
+}
+
+TEST(DumpArea, TypedArraysDumpAllTheirBytes) {
+  const uint64_t values[] = {0, 0, 0};
+  std::ostringstream dumped;
+  tavDump(dumped, values, 3);
+  const std::string text = dumped.str();
+  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2);  // 24 bytes
+}
+
+TEST(Representation, StreamsItsTextAndAddressesMatchTheStreamInserter) {
+  const unsigned char byte = 'z';
+  std::ostringstream out;
+  out << TavClStrepHexDump(&byte, 1);
+  EXPECT_EQ(out.str().substr(0, 3), "7a ");
+  std::ostringstream expected;
+  expected << static_cast<const void*>(&byte);
+  EXPECT_EQ(TavClStrepAddress(&byte).getAsCString(), expected.str());
+}
+
+}  // namespace
