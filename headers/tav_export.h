@@ -16,6 +16,10 @@
 #define TAV_API __attribute__((visibility("default")))
 #endif
 
+/* Marks functions of the library's private headers that its own tests, fuzz targets and tools
+ * call. They are exported, but they are not part of the interface and may change. */
+#define TAV_INTERNAL_API TAV_API
+
 #ifdef __cplusplus
 #define TAV_EXTERN_C_BEGIN extern "C" {
 #define TAV_EXTERN_C_END }

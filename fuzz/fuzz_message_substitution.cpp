@@ -1,0 +1,45 @@
+// Substitutes variables into arbitrary message texts and checks that the output stays within
+// its limit, is terminated, and that every "%"-free text comes out unchanged.
+//
+// Input: byte 0 is the limit (0 to 255), then NUL-separated fields: the text and up to ten
+// variables. Each field is copied into a block of exactly its size, so that AddressSanitizer
+// sees any read past its end.
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <vector>
+
+#include "../src/msg/tav_message_substitution.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  const std::size_t limit = data[0];
+  std::vector<std::unique_ptr<char[]>> fields;
+  const std::uint8_t* cursor = data + 1;
+  const std::uint8_t* end = data + size;
+  while (fields.size() < 11) {
+    const auto* fieldEnd = static_cast<const std::uint8_t*>(std::memchr(cursor, 0, end - cursor));
+    if (fieldEnd == nullptr) fieldEnd = end;
+    const auto length = static_cast<std::size_t>(fieldEnd - cursor);
+    std::unique_ptr<char[]> field(new char[length + 1]);
+    if (length != 0) std::memcpy(field.get(), cursor, length);
+    field[length] = '\0';
+    fields.push_back(std::move(field));
+    if (fieldEnd == end) break;
+    cursor = fieldEnd + 1;
+  }
+  const char* variables[10] = {};
+  for (std::size_t i = 1; i < fields.size(); ++i) variables[i - 1] = fields[i].get();
+
+  std::unique_ptr<char[]> out(new char[limit + 1]);
+  const std::size_t written =
+      tav::substituteMessageVariables(out.get(), limit, fields[0].get(), variables, 10);
+  if (written > limit || std::strlen(out.get()) != written) std::abort();
+  if (std::strchr(fields[0].get(), '%') == nullptr &&
+      std::strncmp(out.get(), fields[0].get(), limit) != 0) {
+    std::abort();
+  }
+  return 0;
+}
