@@ -84,6 +84,8 @@ class TAV_API TavClPathProperty {
 
   /* Points at text (the derived object's buffer), finds the path part and the style. */
   void init(char* text);
+  /* The style of the path part. */
+  void determineStyle();
   /* Takes other's path start and style, as offsets from its buffer into this one. */
   void rebaseFrom(const TavClPathProperty& other, char* buffer);
 
@@ -103,7 +105,8 @@ class TAV_API TavClLocation : public TavClPathProperty {
   TavClLocation();
   /* With normalize, separators of the other style in the path part become native ones. */
   explicit TavClLocation(const char* text, bool normalize = false);
-  /* At most length characters of text (fewer when it ends sooner). */
+  /* At most length characters of text (fewer when it ends sooner). Pass the length as size_t:
+   * an int would read as the normalize flag of the constructor above, so it does not compile. */
   TavClLocation(const char* text, size_t length, bool normalize = false);
   /* The name's text up to its base name. */
   explicit TavClLocation(const TavClFilenameABase& name, bool normalize = false);

@@ -63,7 +63,7 @@ void TavClLocation::init(bool normalize) {
   }
   if (normalize) {
     normalizePath(pathStart);
-    TavClPathProperty::init(text);
+    determineStyle();
   }
 }
 

@@ -27,9 +27,12 @@ char TavClPathProperty::getPathSep(const char* text) const {
 void TavClPathProperty::init(char* text) {
   textStart = text;
   determinePath();
-  // A server part always starts with two backslashes, so the whole text tells the style of the
-  // path part too, also when that part is still empty.
-  style = getStyle(text);
+  determineStyle();
+}
+
+// A server part without a path after it is still a backslash-style name.
+void TavClPathProperty::determineStyle() {
+  style = hasServer() && *pathStart == '\0' ? TAV_PATH_STYLE_BACKSLASH : getStyle(pathStart);
 }
 
 void TavClPathProperty::determinePath() {
