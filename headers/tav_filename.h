@@ -89,13 +89,12 @@ class TAV_API TavClPathProperty {
   /* Takes other's path start and style, as offsets from its buffer into this one. */
   void rebaseFrom(const TavClPathProperty& other, char* buffer);
 
+  /* "\\\\server\\share\\dir": the server part runs up to the backslash before "dir". */
+  void determinePath();
+
   char* textStart = nullptr;
   char* pathStart = nullptr;
   TavEnPathStyle style = TAV_PATH_STYLE_BACKSLASH;
-
- private:
-  /* "\\\\server\\share\\dir": the server part runs up to the backslash before "dir". */
-  void determinePath();
 };
 
 /* A directory: a path that, unless empty, ends with a separator. */

@@ -15,9 +15,7 @@ namespace tav::path {
 
 inline bool isAsciiLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
-inline char separatorOf(TavEnPathStyle style) {
-  return style == TAV_PATH_STYLE_SLASH ? '/' : '\\';
-}
+inline char separatorOf(TavEnPathStyle style) { return style == TAV_PATH_STYLE_SLASH ? '/' : '\\'; }
 
 // Backslash style is the Windows one, where '/' separates too; in slash style a backslash is an
 // ordinary character.
@@ -36,7 +34,7 @@ inline size_t boundedLength(const char* text, size_t maxLength) {
 // characters; returns the new length. The buffer is not terminated.
 inline size_t appendCut(char* buffer, size_t used, const char* source) {
   const size_t count = boundedLength(source, TAV_PATH_MAX_LENGTH - used);
-  std::memcpy(buffer + used, source, count);
+  if (count != 0) std::memcpy(buffer + used, source, count);  // a null source has nothing
   return used + count;
 }
 

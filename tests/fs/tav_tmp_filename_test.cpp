@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -149,8 +150,11 @@ TEST_F(TemporaryNames, CopiesKeepTheirParts) {
 // directory itself, which exists: the search must give up rather than spin.
 TEST_F(TemporaryNames, NoRoomForTheNameIsReportedNotRetriedForever) {
   std::string deep = scratchText;
-  while (deep.size() < 240) deep += "/" + std::string(std::min<size_t>(60, 259 - deep.size()), 'd');
-  deep += "/" + std::string(259 - deep.size(), 'e');
+  if (deep.size() > 200) GTEST_SKIP() << "the scratch directory is too long: " << deep;
+  while (deep.size() < 260) {
+    const size_t component = std::min<size_t>(60, 260 - deep.size() - 1);
+    deep += "/" + std::string(component, 'd');
+  }
   ASSERT_EQ(deep.size(), 260u);
   std::error_code error;
   fs::create_directories(deep, error);
