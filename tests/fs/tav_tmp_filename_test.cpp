@@ -135,17 +135,6 @@ TEST_F(TemporaryNames, DefaultDirectoryIsTheTemporaryOne) {
   EXPECT_EQ(std::strncmp(next.getName(), "INI", 3), 0);
 }
 
-TEST_F(TemporaryNames, CopiesKeepTheirParts) {
-  const TavClTmpFilename name(scratchText.c_str(), "CP");
-  const TavClTmpFilename copy(name);
-  TavClFilename plain;
-  plain = name;
-  EXPECT_STREQ(copy.getAsCString(), name.getAsCString());
-  EXPECT_STREQ(copy.getExtension(), name.getExtension());
-  EXPECT_STREQ(plain.getName(), name.getName());
-  EXPECT_NE(plain.getName(), name.getName());
-}
-
 // A directory of 260 characters leaves no room for a name, so every attempt tests the
 // directory itself, which exists: the search must give up rather than spin.
 TEST_F(TemporaryNames, NoRoomForTheNameIsReportedNotRetriedForever) {
