@@ -13,6 +13,11 @@ namespace tav::os {
 // Milliseconds since an unspecified start, cut to 32 bits; wraps after about 49.7 days.
 uint32_t tickCountMilliseconds();
 
+// The high-resolution counter: a reading in counts, false when the counter cannot be read.
+bool readPerformanceCounter(uint64_t* counts);
+// Counts per second of that counter; 0 when the platform has none.
+uint64_t performanceCounterFrequency();
+
 // Sleeps at least the given number of milliseconds, also when signals interrupt the sleep.
 void sleepMilliseconds(uint32_t milliseconds);
 

@@ -18,6 +18,16 @@ uint32_t tickCountMilliseconds() {
   return static_cast<uint32_t>(milliseconds);
 }
 
+// The monotonic clock in nanoseconds serves as the counter, at a fixed frequency of 10^9.
+bool readPerformanceCounter(uint64_t* counts) {
+  timespec now{};
+  if (clock_gettime(CLOCK_MONOTONIC, &now) != 0) return false;
+  *counts = static_cast<uint64_t>(now.tv_sec) * 1000000000u + static_cast<uint64_t>(now.tv_nsec);
+  return true;
+}
+
+uint64_t performanceCounterFrequency() { return 1000000000u; }
+
 void sleepMilliseconds(uint32_t milliseconds) {
   timespec remaining{static_cast<time_t>(milliseconds / 1000u),
                      static_cast<long>(milliseconds % 1000u) * 1000000L};

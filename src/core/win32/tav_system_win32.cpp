@@ -13,6 +13,19 @@ namespace tav::os {
 
 uint32_t tickCountMilliseconds() { return GetTickCount(); }
 
+bool readPerformanceCounter(uint64_t* counts) {
+  LARGE_INTEGER reading;
+  if (!QueryPerformanceCounter(&reading)) return false;
+  *counts = static_cast<uint64_t>(reading.QuadPart);
+  return true;
+}
+
+uint64_t performanceCounterFrequency() {
+  LARGE_INTEGER frequency;
+  if (!QueryPerformanceFrequency(&frequency) || frequency.QuadPart <= 0) return 0;
+  return static_cast<uint64_t>(frequency.QuadPart);
+}
+
 void sleepMilliseconds(uint32_t milliseconds) { Sleep(milliseconds); }
 
 uint32_t operatingSystemId() {
