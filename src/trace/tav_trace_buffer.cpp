@@ -64,9 +64,10 @@ bool TavClTraceBufferManager::describesMemory(const uint8_t* memory, uint64_t si
   if (block.capacity != size - kControlBlockSize) return false;
   const uint8_t* first = memory + kControlBlockSize;
   const uint8_t* end = first + block.capacity;  // one past the last data byte
-  auto inRing = [&](const uint8_t* position) { return position >= first && position <= end; };
-  return block.first == first && block.last == end - 1 && inRing(block.handOutMark) &&
-         inRing(block.writePosition);
+  // The mark may stand at the end after a hand-out at the end of the ring; the write position
+  // never does, since writing wraps as soon as it gets there.
+  return block.first == first && block.last == end - 1 && block.handOutMark >= first &&
+         block.handOutMark <= end && block.writePosition >= first && block.writePosition < end;
 }
 
 void TavClTraceBufferManager::setOverflowCallback(TavPfuTraceOverflow newCallback, void* context) {
@@ -111,9 +112,11 @@ void TavClTraceBufferManager::write(const uint8_t* bytes, uint64_t length) {
   ring.writePosition = ring.first;
   bytes += room;
   length -= room;
-  // A record never holds more data than the ring, so the rest fits; only a header and texts
-  // longer than a tiny ring go round more than once.
-  while (length > ring.capacity) {
+  // The rest goes on from the first data byte. It is smaller than the ring unless a header and
+  // texts are longer than a tiny ring; a rest that fills the ring is handed out at once, like
+  // any ring filled to its end, so that no write leaves the position at the end of the ring,
+  // from where the next hand-out would repeat bytes already handed out.
+  while (length >= ring.capacity) {
     copyToWritePosition(bytes, ring.capacity);
     overflow();
     ring.writePosition = ring.first;
