@@ -96,7 +96,10 @@ class TAV_API TavClTraceEntry {
   uint32_t getTimeStamp() const;
   uint32_t getProcessId() const;
   uint32_t getThreadId() const;
-  uint64_t getSizeOfDumpData() const;
+  uint64_t getSizeOfDumpData() const {
+    return static_cast<uint32_t>(record[16]) | static_cast<uint32_t>(record[17]) << 8 |
+           static_cast<uint32_t>(record[18]) << 16 | static_cast<uint32_t>(record[19]) << 24;
+  }
 
   // The header with both texts as stored: getHeaderSize() bytes, written before the data.
   const uint8_t* getHeader() const { return record; }
@@ -141,11 +144,20 @@ class TAV_API TavClTraceEntry {
   const void* dumpData;
 
  private:
-  void setDetail(TavEnTraceDetail detail);
-  void setType(TavEnTraceDataType type);
-  // Stores one text behind the header bytes used so far, compressed or as it is, and returns
-  // its stored length (the low eight bits of the byte count).
-  uint8_t storeText(size_t offset, const char* text, bool compress);
+  static constexpr uint8_t kTypeBits = 0x1F;
+  static constexpr uint8_t kDetailBits = 0xC0;
+  static constexpr unsigned kDetailShift = 6;
+
+  // Both keep the other bits of the flags byte, except that setType clears the compressed bit.
+  void setDetail(TavEnTraceDetail detail) {
+    record[0] =
+        static_cast<uint8_t>((record[0] & ~kDetailBits) |
+                             ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits));
+  }
+  void setType(TavEnTraceDataType type) {
+    record[0] =
+        static_cast<uint8_t>((record[0] & kDetailBits) | (static_cast<unsigned>(type) & kTypeBits));
+  }
 };
 
 // A record read back from a trace file. read takes the header and both texts; the data block

@@ -78,10 +78,22 @@ void TavClTraceBufferManager::setOverflowCallback(TavPfuTraceOverflow newCallbac
 
 void TavClTraceBufferManager::write(const TavClTraceEntry& entry) {
   if (control == nullptr) return;
+  const uint8_t* header = entry.getHeader();
+  const uint64_t headerSize = entry.getHeaderSize();
+  const auto* data = static_cast<const uint8_t*>(entry.getDumpData());
+  const uint64_t dataSize = entry.getSizeOfDumpData();
   TavClTraceBufferAccessSemaphore guard(semaphoreKey);
   writtenSinceLastFlush = 1;
-  write(entry.getHeader(), entry.getHeaderSize());
-  write(static_cast<const uint8_t*>(entry.getDumpData()), entry.getSizeOfDumpData());
+  // Most records end before the end of the ring: then two copies are all there is to do.
+  _TavStTraceBufferControl& ring = *control;
+  if (headerSize + dataSize < static_cast<uint64_t>((ring.last + 1) - ring.writePosition)) {
+    std::memcpy(ring.writePosition, header, headerSize);
+    if (dataSize != 0) std::memcpy(ring.writePosition + headerSize, data, dataSize);
+    ring.writePosition += headerSize + dataSize;
+    return;
+  }
+  write(header, headerSize);
+  write(data, dataSize);
 }
 
 void TavClTraceBufferManager::flush() {

@@ -23,10 +23,6 @@ constexpr size_t kProcessIdOffset = 8;
 constexpr size_t kThreadIdOffset = 12;
 constexpr size_t kDataSizeOffset = 16;
 
-constexpr uint8_t kTypeBits = 0x1F;
-constexpr uint8_t kDetailBits = 0xC0;
-constexpr unsigned kDetailShift = 6;
-
 // Fields are little-endian whatever the host, so files move between platforms unchanged.
 void storeLittleEndian32(uint8_t* field, uint32_t value) {
   field[0] = static_cast<uint8_t>(value);
@@ -38,6 +34,23 @@ void storeLittleEndian32(uint8_t* field, uint32_t value) {
 uint32_t loadLittleEndian32(const uint8_t* field) {
   return static_cast<uint32_t>(field[0]) | static_cast<uint32_t>(field[1]) << 8 |
          static_cast<uint32_t>(field[2]) << 16 | static_cast<uint32_t>(field[3]) << 24;
+}
+
+// Stores one text at destination, compressed or as it is, and returns its stored length: the low
+// eight bits of the byte count. A compressed text may run to 256 bytes, which the length byte
+// stores as 0; the next text is then placed at that stored length, over the first bytes of the
+// lost one, so that the record still reads exactly as its lengths say.
+uint8_t storeText(uint8_t* destination, const char* text, bool compress) {
+  if (text == nullptr) return 0;
+  size_t stored;
+  if (compress) {
+    stored =
+        TavClTraceEntry::compressCString(destination, text, TavClTraceEntry::kMaxStoredTextLength);
+  } else {
+    stored = strnlen(text, TavClTraceEntry::kMaxStoredTextLength);
+    std::memcpy(destination, text, stored);
+  }
+  return static_cast<uint8_t>(stored);
 }
 
 }  // namespace
@@ -70,9 +83,9 @@ TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment, TavEnT
   // The compressed bit goes in last: setType clears it.
   const bool compress = environment.isCompressionEnabled();
   if (compress) record[kTypeOffset] |= kCompressedBit;
-  record[kMessageLengthOffset] = storeText(kHeaderSize, message, compress);
+  record[kMessageLengthOffset] = storeText(record + kHeaderSize, message, compress);
   record[kOriginLengthOffset] =
-      storeText(kHeaderSize + record[kMessageLengthOffset], origin, compress);
+      storeText(record + kHeaderSize + record[kMessageLengthOffset], origin, compress);
   headerSize = kHeaderSize + record[kMessageLengthOffset] + record[kOriginLengthOffset];
 }
 
@@ -80,32 +93,6 @@ TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment)
     : environment(environment), record{}, headerSize(0), dumpData(nullptr) {}
 
 TavClTraceEntry::~TavClTraceEntry() = default;
-
-// A compressed text may run to 256 bytes, which its length byte stores as 0; the next text is
-// then placed at that stored length, over the first bytes of the lost one, so that the record
-// still reads exactly as its lengths say.
-uint8_t TavClTraceEntry::storeText(size_t offset, const char* text, bool compress) {
-  if (text == nullptr) return 0;
-  size_t stored;
-  if (compress) {
-    stored = compressCString(record + offset, text, kMaxStoredTextLength);
-  } else {
-    stored = strnlen(text, kMaxStoredTextLength);
-    std::memcpy(record + offset, text, stored);
-  }
-  return static_cast<uint8_t>(stored);
-}
-
-void TavClTraceEntry::setDetail(TavEnTraceDetail detail) {
-  record[kTypeOffset] =
-      static_cast<uint8_t>((record[kTypeOffset] & ~kDetailBits) |
-                           ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits));
-}
-
-void TavClTraceEntry::setType(TavEnTraceDataType type) {
-  record[kTypeOffset] = static_cast<uint8_t>((record[kTypeOffset] & kDetailBits) |
-                                             (static_cast<unsigned>(type) & kTypeBits));
-}
 
 TavEnTraceDetail TavClTraceEntry::getDetail() const {
   return static_cast<TavEnTraceDetail>(record[kTypeOffset] >> kDetailShift);
@@ -125,10 +112,6 @@ uint32_t TavClTraceEntry::getProcessId() const {
 
 uint32_t TavClTraceEntry::getThreadId() const {
   return loadLittleEndian32(record + kThreadIdOffset);
-}
-
-uint64_t TavClTraceEntry::getSizeOfDumpData() const {
-  return loadLittleEndian32(record + kDataSizeOffset);
 }
 
 void TavClTraceEntry::clearRecord() {

@@ -105,6 +105,50 @@ TEST(TraceCompression, RoundTripsFollowTheAlphabetRules) {
   }
 }
 
+// Compression code by code with the bit writer, as the stored format is defined: each code at
+// the next bit position, and the last byte filled with 1-bits.
+std::string referenceCompress(const std::string& text, size_t capacity) {
+  std::vector<uint8_t> stored(capacity + 2, 0);
+  uint64_t bits = 0;
+  for (const unsigned char character : text) {
+    const bool shortCode = inAlphabet(character) || character == 0xFF;
+    const auto code =
+        static_cast<uint8_t>(character == 0xFF ? 0
+                             : shortCode ? std::strchr(TavClTraceEntry::kTraceAlphabet, character) -
+                                               TavClTraceEntry::kTraceAlphabet
+                                         : 63);
+    TavClTraceEntry::compressWriteBits(stored.data(), bits, code, 6);
+    bits += 6;
+    if (!shortCode) {
+      TavClTraceEntry::compressWriteBits(stored.data(), bits, character, 8);
+      bits += 8;
+    }
+    if (bits > (capacity - 1) * 8) break;
+  }
+  if (bits % 8 != 0) {
+    const unsigned fill = 8 - bits % 8;
+    TavClTraceEntry::compressWriteBits(stored.data(), bits, static_cast<uint8_t>((1u << fill) - 1),
+                                       fill);
+  }
+  return std::string(stored.begin(), stored.begin() + static_cast<long>((bits + 7) / 8));
+}
+
+TEST(TraceCompression, StoresTheBytesOfTheCodeByCodeReference) {
+  std::mt19937 random(3);
+  for (int round = 0; round < 3000; ++round) {
+    const size_t capacity = round % 3 == 0 ? 1 + random() % 20 : 255;
+    std::string text(random() % 400, ' ');
+    for (char& character : text) character = static_cast<char>(1 + random() % 255);
+    if (round % 2 == 0) {  // mostly alphabet text in every other round
+      for (char& character : text) {
+        if (random() % 8 != 0) character = TavClTraceEntry::kTraceAlphabet[random() % 63];
+      }
+    }
+    ASSERT_EQ(compress(text, capacity), referenceCompress(text, capacity))
+        << "round " << round << ", capacity " << capacity;
+  }
+}
+
 TEST(TraceCompression, ExpansionStopsAtAnEscapeWithoutALiteralBehindIt) {
   // An escape code followed by only six bits is not followed by a literal: the text ends there.
   EXPECT_EQ(expand("\x96\x6F\xC0"), "ab");  // "ab", then 111111 00 ... in the third byte

@@ -180,13 +180,6 @@ TEST(TraceRecord, TextsAreCutToTheirStoredLimit) {
   EXPECT_EQ(longRecords[0].origin, std::string(339, 'L'));
 }
 
-TEST(TraceRecord, OutOfRangeTypeAndDetailStayInTheirBits) {
-  TestTraceEnvironment plain(false);
-  const TavClTraceEntry entry(plain, static_cast<TavEnTraceDetail>(7), 0,
-                              static_cast<TavEnTraceDataType>(0x28), "", "", "", 0);
-  EXPECT_EQ(entry.getHeader()[0], 0xC8);  // type 8, detail 3, and no compressed bit
-}
-
 TEST(TraceRecordRead, AStreamCutAnywhereGivesTheWholeRecordsBeforeIt) {
   TestTraceEnvironment environment(true);
   const TavClTraceEntry first(environment, TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_CSTRING,
