@@ -65,7 +65,8 @@ class TAV_API TavClTraceBufferManager {
   TavClTraceBufferManager(const TavClTraceBufferManager&) = delete;
   TavClTraceBufferManager& operator=(const TavClTraceBufferManager&) = delete;
 
-  // Installs the callback that receives hand-outs, or none (null).
+  // Installs the callback that receives hand-outs, or none (null). The callback runs while the
+  // buffer's lock is held, so it must not write to or flush the same buffer.
   void setOverflowCallback(TavPfuTraceOverflow callback, void* context);
 
   // Writes one record: its header and texts, then its data block. Other threads' records

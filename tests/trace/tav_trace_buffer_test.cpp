@@ -143,27 +143,6 @@ TEST(TraceBuffer, ARecordCrossingTheEndIsHandedOutInOrder) {
   }
 }
 
-TEST(TraceBuffer, PendingBytesThatWrapAreHandedOutAsTwoPieces) {
-  Ring ring(100, false);
-  ring.write(60);  // no callback yet: nothing is handed out, the mark stays at the start
-  ring.write(60);
-  ring.installCallback();
-  // Now the mark (the start) is behind the write position (20): one piece of 20 bytes.
-  ring.manager.flush();
-  ASSERT_EQ(ring.log.handOuts.size(), 1u);
-  EXPECT_EQ(ring.log.handOuts[0].first.size(), 20u);
-
-  ring.write(90);  // from 20 to 110: wraps, hands out 80 bytes, 10 remain at the start
-  ring.write(50);  // 10 to 60
-  ring.manager.flush();
-  ASSERT_EQ(ring.log.handOuts.size(), 3u);
-  EXPECT_EQ(ring.log.handOuts[1].first.size(), 80u);
-  EXPECT_EQ(ring.log.handOuts[2].first.size(), 0u);  // the mark sits one past the end
-  EXPECT_EQ(ring.log.handOuts[2].second.size(), 60u);
-  EXPECT_EQ(ring.log.handOuts[2].secondAddress, ring.control().first);
-  EXPECT_EQ(ring.log.all(), ring.written.substr(100));
-}
-
 TEST(TraceBuffer, WithoutACallbackTheOldestBytesAreOverwritten) {
   Ring ring(100, false);
   for (char fill : {'a', 'c', 'e', 'g', 'i'}) ring.write(30, fill);
