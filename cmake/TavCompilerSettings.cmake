@@ -24,6 +24,17 @@ if(TAV_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+# ThreadSanitizer watches the code that several threads run at once (the trace buffer's lock).
+# It cannot share a build with AddressSanitizer.
+option(TAV_SANITIZE_THREAD "Build everything with ThreadSanitizer" OFF)
+if(TAV_SANITIZE_THREAD)
+  if(TAV_SANITIZE)
+    message(FATAL_ERROR "TAV_SANITIZE_THREAD cannot be combined with TAV_SANITIZE or the fuzzers")
+  endif()
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+endif()
+
 if(TAV_BUILD_FUZZERS)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     message(FATAL_ERROR "The fuzz targets need clang (libFuzzer); configure with CXX=clang++")

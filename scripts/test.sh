@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, then builds and runs every test three ways: Linux release, Linux
 # with AddressSanitizer and UndefinedBehaviorSanitizer (clang, which also builds the fuzz
-# targets and runs each briefly), and the Windows DLL under Wine. Warnings are errors.
+# targets and runs each briefly), and the Windows DLL under Wine; then the multi-threaded tests
+# once more under ThreadSanitizer. Warnings are errors.
 # Exits non-zero if anything fails; the last line is the summary.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -67,6 +68,28 @@ if run_stage "linux-asan-ubsan" out/linux-sanitize -DCMAKE_BUILD_TYPE=RelWithDeb
     rm -rf "$corpus"
   done
 fi
+
+# ThreadSanitizer: only the test programs with tests that run threads, and only those tests.
+run_thread_stage() {
+  local name=linux-tsan dir=out/linux-tsan
+  echo "=== $name: configure and build"
+  rm -rf "$dir/test-results"
+  if ! cmake -S . -B "$dir" -G Ninja -DTAV_WARNINGS_AS_ERRORS=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+      -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ -DTAV_SANITIZE_THREAD=ON \
+      -DTAV_BUILD_EXAMPLES=OFF >"$dir.configure.log" 2>&1; then
+    cat "$dir.configure.log"; failed+=("$name (configure)"); return 1
+  fi
+  if ! cmake --build "$dir" -j "$jobs" --target tav_trace_tests; then
+    failed+=("$name (build)"); return 1
+  fi
+  echo "=== $name: threaded tests"
+  if ! TSAN_OPTIONS="halt_on_error=1" "$dir/bin/tav_trace_tests" --gtest_filter='*Threads*' \
+      --gtest_output="xml:$dir/test-results/tav_trace_tests.xml"; then
+    failed+=("$name (tests)")
+  fi
+  summary+=("$name $(count_tests "$dir")")
+}
+run_thread_stage
 
 export WINEDEBUG=-all WINEPREFIX="$PWD/out/wine-prefix" WINEDLLOVERRIDES="mscoree,mshtml="
 run_stage "windows-wine" out/windows -DCMAKE_BUILD_TYPE=Release \

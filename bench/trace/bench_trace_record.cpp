@@ -1,0 +1,117 @@
+// One trace record into the ring buffer, without file output: building the record (time stamp,
+// thread id, texts copied or compressed) and writing it under the buffer's lock. The message
+// has 32 characters, the origin 16, the data 8 bytes. Beside it, the same call logged through
+// spdlog into its in-memory ring buffer sink, the logger a program would otherwise pick.
+// The "parts" show where the time of a plain record goes.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <vector>
+
+#if __has_include(<spdlog/spdlog.h>)
+// Header-only, so that the benchmark needs no library beyond the system's headers.
+#define FMT_HEADER_ONLY
+#define SPDLOG_HEADER_ONLY
+#include <spdlog/sinks/ringbuffer_sink.h>
+#include <spdlog/spdlog.h>
+#define TAV_BENCH_HAVE_SPDLOG 1
+#endif
+
+#include "tav_process.h"
+#include "tav_trace_buffer.h"
+#include "tav_utils.h"
+
+namespace {
+
+constexpr const char* kMessage = "value of the counter after reset";  // 32 characters
+constexpr const char* kOrigin = "Session::restart";                   // 16 characters
+constexpr uint64_t kBufferSize = 65535;  // the default size of a trace buffer
+
+class BenchEnvironment : public TavClTraceEnvironmentABase {
+ public:
+  explicit BenchEnvironment(bool compress)
+      : TavClTraceEnvironmentABase("bench", nullptr), compress(compress) {}
+  bool isCompressionEnabled() const override { return compress; }
+  uint64_t getBufferSize() const override { return kBufferSize - 48; }
+  const char* getTraceFileName() const override { return ""; }
+  bool isVerbose() const override { return false; }
+
+ private:
+  bool compress;
+};
+
+// A ring without a callback wraps and overwrites, so no file is ever touched.
+void BM_RecordIntoRing(benchmark::State& state, bool compress) {
+  BenchEnvironment environment(compress);
+  std::vector<uint64_t> memory(kBufferSize / 8 + 1);
+  TavClTraceBufferManager manager(environment, memory.data(), kBufferSize);
+  uint64_t data = 0x0123456789ABCDEF;
+  uint64_t bytes = 0;
+  for (auto _ : state) {
+    const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 7, TAV_TRACE_TYPE_UINT64,
+                                kOrigin, kMessage, &data, sizeof(data));
+    manager.write(entry);
+    bytes += entry.getHeaderSize() + sizeof(data);
+    ++data;
+  }
+  state.counters["record_bytes"] =
+      static_cast<double>(bytes) / static_cast<double>(state.iterations());
+}
+
+#ifdef TAV_BENCH_HAVE_SPDLOG
+void BM_RecordIntoSpdlogRing(benchmark::State& state) {
+  auto sink = std::make_shared<spdlog::sinks::ringbuffer_sink_mt>(1024);
+  spdlog::logger logger("bench", sink);
+  uint64_t data = 0x0123456789ABCDEF;
+  for (auto _ : state) {
+    logger.log(spdlog::source_loc{__FILE__, __LINE__, kOrigin}, spdlog::level::info, "{} {:016x}",
+               kMessage, data);
+    ++data;
+  }
+}
+#endif
+
+void BM_PartTimeStamp(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(tavGetTimeStamp());
+}
+
+void BM_PartThreadId(benchmark::State& state) {
+  for (auto _ : state) benchmark::DoNotOptimize(TavClThreadProperty().getId());
+}
+
+void BM_PartBuildPlainRecord(benchmark::State& state) {
+  BenchEnvironment environment(false);
+  uint64_t data = 1;
+  for (auto _ : state) {
+    const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 7, TAV_TRACE_TYPE_UINT64,
+                                kOrigin, kMessage, &data, sizeof(data));
+    benchmark::DoNotOptimize(entry.getHeader());
+  }
+}
+
+void BM_PartWritePrebuiltRecord(benchmark::State& state) {
+  BenchEnvironment environment(false);
+  std::vector<uint64_t> memory(kBufferSize / 8 + 1);
+  TavClTraceBufferManager manager(environment, memory.data(), kBufferSize);
+  uint64_t data = 1;
+  const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 7, TAV_TRACE_TYPE_UINT64, kOrigin,
+                              kMessage, &data, sizeof(data));
+  for (auto _ : state) manager.write(entry);
+}
+
+[[maybe_unused]] const bool kRegistered = [] {
+  benchmark::RegisterBenchmark("BM_TraceRecord/uncompressed/tav", BM_RecordIntoRing, false);
+  benchmark::RegisterBenchmark("BM_TraceRecord/compressed/tav", BM_RecordIntoRing, true);
+#ifdef TAV_BENCH_HAVE_SPDLOG
+  benchmark::RegisterBenchmark("BM_TraceRecord/spdlog_ringbuffer_sink", BM_RecordIntoSpdlogRing);
+#endif
+  benchmark::RegisterBenchmark("BM_TraceRecordParts/time_stamp", BM_PartTimeStamp);
+  benchmark::RegisterBenchmark("BM_TraceRecordParts/thread_id", BM_PartThreadId);
+  benchmark::RegisterBenchmark("BM_TraceRecordParts/build_uncompressed", BM_PartBuildPlainRecord);
+  benchmark::RegisterBenchmark("BM_TraceRecordParts/write_built_record",
+                               BM_PartWritePrebuiltRecord);
+  return true;
+}();
+
+}  // namespace

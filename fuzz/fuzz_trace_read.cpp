@@ -1,0 +1,68 @@
+// Fuzzes reading trace files: any byte stream, read record by record as a formatter does, must
+// give well-formed entries or the end, never a read or write outside the entry's buffers. The
+// data block of each record is skipped by its size, as the caller of read must.
+// Input layout: the whole input is the file.
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "tav_trace_entry.h"
+
+namespace {
+
+constexpr std::size_t kMaxInputSize = 1 << 16;
+
+class FuzzEnvironment : public TavClTraceEnvironmentABase {
+ public:
+  FuzzEnvironment() : TavClTraceEnvironmentABase("fuzz", nullptr) {}
+  bool isCompressionEnabled() const override { return false; }
+  std::uint64_t getBufferSize() const override { return 65535 - 48; }
+  const char* getTraceFileName() const override { return ""; }
+  bool isVerbose() const override { return false; }
+};
+
+void fail(const char* what, std::size_t record) {
+  std::fprintf(stderr, "record %zu: %s\n", record, what);
+  std::abort();
+}
+
+// A text must end at its length; a compressed text expands to at most 255 * 8 / 6 characters.
+void checkText(const char* text, std::uint64_t length, std::size_t record) {
+  if (length > 340) fail("text longer than 255 stored bytes can hold", record);
+  if (text[length] != '\0') fail("text not terminated at its length", record);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size > kMaxInputSize) return 0;
+  static FuzzEnvironment environment;
+  std::istringstream input(std::string(reinterpret_cast<const char*>(data), size));
+  // On the heap, so that a write past the entry's end is caught.
+  std::unique_ptr<TavClTraceFileEntry> entry(new TavClTraceFileEntry(environment));
+  std::size_t record = 0;
+  while (entry->read(input)) {
+    const std::uint8_t* header = entry->getHeader();
+    if (entry->getHeaderSize() != 20u + header[2] + header[3]) fail("header size", record);
+    if (entry->getType() > 31 || entry->getDetail() > 3) fail("field out of its bits", record);
+    checkText(entry->getMessage(), entry->getMessageLength(), record);
+    checkText(entry->getOrigin(), entry->getOriginLength(), record);
+    if ((header[0] & 0x20) == 0 &&
+        (entry->getMessageLength() != header[2] || entry->getOriginLength() != header[3])) {
+      fail("plain text lengths differ from the stored ones", record);
+    }
+    input.ignore(static_cast<std::streamsize>(entry->getSizeOfDumpData()));
+    ++record;
+    if (record > size / 20) fail("more records than the input can hold", record);
+  }
+  if (entry->getHeaderSize() != 0 || entry->getMessage()[0] != '\0') {
+    fail("entry not emptied after the end", record);
+  }
+  return 0;
+}

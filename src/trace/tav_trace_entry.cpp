@@ -1,0 +1,171 @@
+// tav_trace_entry.cpp - building a trace record from a trace call, and reading one back.
+//
+// Records are built on the caller's stack in a fixed image and never allocate; reading uses
+// the same fixed image, so no length in a file can make a reader allocate or overrun.
+
+#include "tav_trace_entry.h"
+
+#include <string.h>
+
+#include <cstring>
+
+#include "tav_process.h"
+#include "tav_utils.h"
+
+namespace {
+
+constexpr size_t kTypeOffset = 0;
+constexpr size_t kComponentIdOffset = 1;
+constexpr size_t kMessageLengthOffset = 2;
+constexpr size_t kOriginLengthOffset = 3;
+constexpr size_t kTimeStampOffset = 4;
+constexpr size_t kProcessIdOffset = 8;
+constexpr size_t kThreadIdOffset = 12;
+constexpr size_t kDataSizeOffset = 16;
+
+// Fields are little-endian whatever the host, so files move between platforms unchanged.
+void storeLittleEndian32(uint8_t* field, uint32_t value) {
+  field[0] = static_cast<uint8_t>(value);
+  field[1] = static_cast<uint8_t>(value >> 8);
+  field[2] = static_cast<uint8_t>(value >> 16);
+  field[3] = static_cast<uint8_t>(value >> 24);
+}
+
+uint32_t loadLittleEndian32(const uint8_t* field) {
+  return static_cast<uint32_t>(field[0]) | static_cast<uint32_t>(field[1]) << 8 |
+         static_cast<uint32_t>(field[2]) << 16 | static_cast<uint32_t>(field[3]) << 24;
+}
+
+// Stores one text at destination, compressed or as it is, and returns its stored length: the low
+// eight bits of the byte count. A compressed text may run to 256 bytes, which the length byte
+// stores as 0; the next text is then placed at that stored length, over the first bytes of the
+// lost one, so that the record still reads exactly as its lengths say.
+uint8_t storeText(uint8_t* destination, const char* text, bool compress) {
+  if (text == nullptr) return 0;
+  size_t stored;
+  if (compress) {
+    stored =
+        TavClTraceEntry::compressCString(destination, text, TavClTraceEntry::kMaxStoredTextLength);
+  } else {
+    stored = strnlen(text, TavClTraceEntry::kMaxStoredTextLength);
+    std::memcpy(destination, text, stored);
+  }
+  return static_cast<uint8_t>(stored);
+}
+
+}  // namespace
+
+TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment, TavEnTraceDetail detail,
+                                 uint16_t componentId, TavEnTraceDataType type, const char* origin,
+                                 const char* message, const void* data, uint64_t dataSize)
+    : environment(environment), headerSize(kHeaderSize), dumpData(data) {
+  if (data == nullptr) {
+    dataSize = 0;
+    type = TAV_TRACE_TYPE_DATA_NULL;
+  }
+  // The size field has 32 bits; a block is never larger than the buffer that takes it.
+  uint64_t capacity = environment.getBufferSize();
+  if (capacity > UINT32_MAX) capacity = UINT32_MAX;
+  if (dataSize > capacity) {
+    dataSize = capacity;
+    type = TAV_TRACE_TYPE_DATA_CLIPPED;
+  }
+
+  record[kTypeOffset] = 0;
+  setType(type);
+  setDetail(detail);
+  record[kComponentIdOffset] = static_cast<uint8_t>(componentId);
+  storeLittleEndian32(record + kTimeStampOffset, tavGetTimeStamp());
+  storeLittleEndian32(record + kProcessIdOffset, environment.getProcessId());
+  storeLittleEndian32(record + kThreadIdOffset, TavClThreadProperty().getId());
+  storeLittleEndian32(record + kDataSizeOffset, static_cast<uint32_t>(dataSize));
+
+  // The compressed bit goes in last: setType clears it.
+  const bool compress = environment.isCompressionEnabled();
+  if (compress) record[kTypeOffset] |= kCompressedBit;
+  record[kMessageLengthOffset] = storeText(record + kHeaderSize, message, compress);
+  record[kOriginLengthOffset] =
+      storeText(record + kHeaderSize + record[kMessageLengthOffset], origin, compress);
+  headerSize = kHeaderSize + record[kMessageLengthOffset] + record[kOriginLengthOffset];
+}
+
+TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment)
+    : environment(environment), record{}, headerSize(0), dumpData(nullptr) {}
+
+TavClTraceEntry::~TavClTraceEntry() = default;
+
+TavEnTraceDetail TavClTraceEntry::getDetail() const {
+  return static_cast<TavEnTraceDetail>(record[kTypeOffset] >> kDetailShift);
+}
+
+TavEnTraceDataType TavClTraceEntry::getType() const {
+  return static_cast<TavEnTraceDataType>(record[kTypeOffset] & kTypeBits);
+}
+
+uint32_t TavClTraceEntry::getTimeStamp() const {
+  return loadLittleEndian32(record + kTimeStampOffset);
+}
+
+uint32_t TavClTraceEntry::getProcessId() const {
+  return loadLittleEndian32(record + kProcessIdOffset);
+}
+
+uint32_t TavClTraceEntry::getThreadId() const {
+  return loadLittleEndian32(record + kThreadIdOffset);
+}
+
+void TavClTraceEntry::clearRecord() {
+  std::memset(record, 0, sizeof(record));
+  headerSize = 0;
+}
+
+TavClTraceFileEntry::TavClTraceFileEntry(TavClTraceEnvironmentABase& environment)
+    : TavClTraceEntry(environment) {
+  clearTexts();
+}
+
+TavClTraceFileEntry::~TavClTraceFileEntry() = default;
+
+void TavClTraceFileEntry::clearTexts() {
+  origin[0] = '\0';
+  originLength = 0;
+  message[0] = '\0';
+  messageLength = 0;
+}
+
+bool TavClTraceFileEntry::read(std::istream& input) {
+  clearTexts();
+  input.read(reinterpret_cast<char*>(record), kHeaderSize);
+  if (!input) {
+    clearRecord();
+    return false;
+  }
+  const size_t storedMessage = record[kMessageLengthOffset];
+  const size_t storedOrigin = record[kOriginLengthOffset];
+  headerSize = kHeaderSize + storedMessage + storedOrigin;
+  input.read(reinterpret_cast<char*>(record + kHeaderSize),
+             static_cast<std::streamsize>(storedMessage + storedOrigin));
+  if (!input.good()) {
+    clearRecord();
+    return false;
+  }
+
+  const uint8_t* storedMessageBytes = record + kHeaderSize;
+  const uint8_t* storedOriginBytes = storedMessageBytes + storedMessage;
+  // 255 stored bytes expand to at most 340 characters, well inside the text buffers.
+  static_assert(kMaxStoredTextLength * 8 / 6 + 1 <= kTextCapacity, "room for expanded texts");
+  if (isCompressed()) {
+    messageLength = deCompressCString(message, storedMessageBytes, storedMessage);
+    environment.recordCompressionRate(messageLength, storedMessage);
+    originLength = deCompressCString(origin, storedOriginBytes, storedOrigin);
+    environment.recordCompressionRate(originLength, storedOrigin);
+  } else {
+    std::memcpy(message, storedMessageBytes, storedMessage);
+    message[storedMessage] = '\0';
+    messageLength = storedMessage;
+    std::memcpy(origin, storedOriginBytes, storedOrigin);
+    origin[storedOrigin] = '\0';
+    originLength = storedOrigin;
+  }
+  return true;
+}

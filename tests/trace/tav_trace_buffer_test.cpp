@@ -1,0 +1,248 @@
+// The trace ring buffer: its control block, wrapping at the end with hand-outs of at most two
+// pieces, flushing, running without a callback, and taking over memory that already holds a
+// ring. Every hand-out is recorded, so a test can check that the pieces put together are
+// exactly the records written.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tav_trace_buffer.h"
+#include "tav_trace_test_support.h"
+
+namespace {
+
+using tav::test::recordBytes;
+using tav::test::TestTraceEnvironment;
+
+struct HandOut {
+  std::string first;
+  std::string second;
+  const uint8_t* firstAddress;
+  const uint8_t* secondAddress;
+};
+
+struct HandOutLog {
+  std::vector<HandOut> handOuts;
+
+  static void record(const _TavStTraceHandOut* handOut) {
+    auto* log = static_cast<HandOutLog*>(handOut->context);
+    log->handOuts.push_back(
+        {std::string(reinterpret_cast<const char*>(handOut->firstPiece), handOut->firstLength),
+         handOut->secondLength == 0
+             ? std::string()
+             : std::string(reinterpret_cast<const char*>(handOut->secondPiece),
+                           handOut->secondLength),
+         handOut->firstPiece, handOut->secondPiece});
+  }
+
+  std::string all() const {
+    std::string bytes;
+    for (const HandOut& handOut : handOuts) bytes += handOut.first + handOut.second;
+    return bytes;
+  }
+};
+
+// A ring of the given capacity in memory of its own, plain records, and the log of hand-outs.
+class Ring {
+ public:
+  explicit Ring(uint64_t capacity, bool withCallback = true)
+      : environment(false, capacity),
+        memory((TavClTraceBufferManager::kControlBlockSize + capacity + 7) / 8),
+        manager(environment, memory.data(), TavClTraceBufferManager::kControlBlockSize + capacity) {
+    if (withCallback) installCallback();
+  }
+
+  void installCallback() { manager.setOverflowCallback(&HandOutLog::record, &log); }
+
+  // Writes a record of exactly size bytes: 20 of header, then message and data split evenly.
+  std::string write(size_t size, char fill = 'r') {
+    const size_t textAndData = size - TavClTraceEntry::kHeaderSize;
+    const std::string message(textAndData / 2, fill);
+    const std::string data(textAndData - message.size(), static_cast<char>(fill + 1));
+    const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_DATA, "",
+                                message.c_str(), data.data(), data.size());
+    manager.write(entry);
+    written += recordBytes(entry);
+    return recordBytes(entry);
+  }
+
+  const _TavStTraceBufferControl& control() const { return *manager.getControlBlock(); }
+  uint64_t writeOffset() const { return control().writePosition - control().first; }
+
+  TestTraceEnvironment environment;
+  std::vector<uint64_t> memory;  // 8-byte units keep the control block aligned
+  TavClTraceBufferManager manager;
+  HandOutLog log;
+  std::string written;
+};
+
+TEST(TraceBuffer, ControlBlockAtTheStartOfTheMemory) {
+  Ring ring(100);
+  const auto* bytes = reinterpret_cast<const uint8_t*>(ring.memory.data());
+  EXPECT_EQ(std::memcmp(bytes, "TAVT", 4), 0);
+  uint64_t capacity = 0;
+  const uint8_t* addresses[4] = {};
+  std::memcpy(&capacity, bytes + 8, 8);
+  std::memcpy(addresses, bytes + 16, sizeof(addresses));
+  EXPECT_EQ(capacity, 100u);
+  EXPECT_EQ(addresses[0], bytes + 48);       // first data byte
+  EXPECT_EQ(addresses[1], bytes + 48 + 99);  // last data byte
+  EXPECT_EQ(addresses[2], bytes + 48);       // hand-out mark
+  EXPECT_EQ(addresses[3], bytes + 48);       // write position
+}
+
+TEST(TraceBuffer, ARecordThatFillsTheRingExactlyIsHandedOutAndTheNextStartsAtTheBeginning) {
+  Ring ring(100);
+  ring.write(60);
+  EXPECT_TRUE(ring.log.handOuts.empty());
+  ring.write(40);
+  ASSERT_EQ(ring.log.handOuts.size(), 1u);
+  EXPECT_EQ(ring.log.handOuts[0].first, ring.written);
+  EXPECT_EQ(ring.log.handOuts[0].second, "");
+  EXPECT_EQ(ring.writeOffset(), 0u);
+
+  // The mark stands one past the end: the next hand-out is an empty piece there and the new
+  // record from the start of the ring.
+  const std::string next = ring.write(30);
+  ring.manager.flush();
+  ASSERT_EQ(ring.log.handOuts.size(), 2u);
+  EXPECT_EQ(ring.log.handOuts[1].first, "");
+  EXPECT_EQ(ring.log.handOuts[1].second, next);
+  EXPECT_EQ(ring.log.handOuts[1].secondAddress, ring.control().first);
+}
+
+struct SplitCase {
+  const char* name;
+  size_t before;  // bytes written before the record that crosses the end
+  size_t crossing;
+};
+
+TEST(TraceBuffer, ARecordCrossingTheEndIsHandedOutInOrder) {
+  const SplitCase cases[] = {
+      {"split inside the header", 90, 30},
+      {"split inside the texts", 75, 40},
+      {"split inside the data", 70, 40},
+  };
+  for (const SplitCase& split : cases) {
+    SCOPED_TRACE(split.name);
+    Ring ring(100);
+    ring.write(split.before);
+    const std::string crossing = ring.write(split.crossing);
+    ASSERT_EQ(ring.log.handOuts.size(), 1u);
+    EXPECT_EQ(ring.log.handOuts[0].first.size(), 100u);
+    EXPECT_EQ(ring.writeOffset(), split.before + split.crossing - 100);
+    ring.manager.flush();
+    ASSERT_EQ(ring.log.handOuts.size(), 2u);
+    EXPECT_EQ(ring.log.all(), ring.written);
+    // The part after the wrap is handed out from the start of the ring.
+    EXPECT_EQ(ring.log.handOuts[1].secondAddress, ring.control().first);
+  }
+}
+
+TEST(TraceBuffer, WithoutACallbackTheOldestBytesAreOverwritten) {
+  Ring ring(100, false);
+  for (char fill : {'a', 'c', 'e', 'g', 'i'}) ring.write(30, fill);
+  EXPECT_EQ(ring.control().handOutMark, ring.control().first);
+  EXPECT_EQ(ring.writeOffset(), 50u);
+  const std::string contents(reinterpret_cast<const char*>(ring.control().first), 100);
+  EXPECT_EQ(contents.substr(0, 50), ring.written.substr(100, 50));
+  EXPECT_EQ(contents.substr(50), ring.written.substr(50, 50));
+  ring.manager.flush();  // still no callback: nothing to hand out to
+  EXPECT_TRUE(ring.log.handOuts.empty());
+}
+
+TEST(TraceBuffer, ARingFilledExactlyWithoutACallbackIsHandedOutWholeAtTheNextFlush) {
+  // The mark and the write position are both at the start again; pending bytes that reach the
+  // write position from the mark are the whole ring.
+  Ring ring(100, false);
+  ring.write(50);
+  ring.write(50);
+  ring.installCallback();
+  ring.manager.flush();
+  ASSERT_EQ(ring.log.handOuts.size(), 1u);
+  EXPECT_EQ(ring.log.all(), ring.written);
+}
+
+TEST(TraceBuffer, FlushingTwiceHandsOutNothingTheSecondTime) {
+  Ring ring(100);
+  ring.manager.flush();
+  EXPECT_TRUE(ring.log.handOuts.empty());
+  ring.write(30);
+  ring.manager.flush();
+  ring.manager.flush();
+  ASSERT_EQ(ring.log.handOuts.size(), 1u);
+  EXPECT_EQ(ring.log.all(), ring.written);
+}
+
+TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
+  Ring ring(100, false);
+  const std::string earlier = ring.write(30);
+  TavClTraceBufferManager second(ring.environment, ring.memory.data(), 148);
+  HandOutLog log;
+  second.setOverflowCallback(&HandOutLog::record, &log);
+  const TavClTraceEntry entry(ring.environment, TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_NO_DATA, "",
+                              "later", "", 0);
+  second.write(entry);
+  second.flush();
+  EXPECT_EQ(log.all(), earlier + recordBytes(entry));
+
+  // A block that does not describe the memory it lies in is not trusted.
+  uint64_t wrongCapacity = 1000;
+  std::memcpy(reinterpret_cast<uint8_t*>(ring.memory.data()) + 8, &wrongCapacity, 8);
+  TavClTraceBufferManager third(ring.environment, ring.memory.data(), 148);
+  EXPECT_EQ(third.getControlBlock()->capacity, 100u);
+  EXPECT_EQ(third.getControlBlock()->writePosition, third.getControlBlock()->first);
+}
+
+TEST(TraceBuffer, MemoryTooSmallOrMisalignedIsHandledSafely) {
+  TestTraceEnvironment environment(false, 100);
+  const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_NO_DATA, "",
+                              "text", "", 0);
+  uint64_t small[6] = {};
+  TavClTraceBufferManager none(environment, small, sizeof(small));  // no byte for data
+  EXPECT_EQ(none.getControlBlock(), nullptr);
+  none.write(entry);
+  none.flush();
+  TavClTraceBufferManager null(environment, nullptr, 1000);
+  null.write(entry);
+
+  std::vector<uint64_t> memory(32);
+  auto* unaligned = reinterpret_cast<uint8_t*>(memory.data()) + 3;
+  TavClTraceBufferManager shifted(environment, unaligned, 200);
+  ASSERT_NE(shifted.getControlBlock(), nullptr);
+  EXPECT_EQ(reinterpret_cast<const uint8_t*>(shifted.getControlBlock()), unaligned + 5);
+  EXPECT_EQ(shifted.getControlBlock()->capacity, 200u - 5 - 48);
+}
+
+TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
+  std::mt19937 random(17);
+  for (int round = 0; round < 300; ++round) {
+    // Some rings are smaller than a record's header and texts, which then go round the ring
+    // more than once.
+    const uint64_t capacity = round % 10 == 0 ? 1 + random() % 30 : 30 + random() % 300;
+    SCOPED_TRACE(testing::Message() << "round " << round << ", capacity " << capacity);
+    Ring ring(capacity);
+    for (int record = 0; record < 40; ++record) {
+      const std::string message(random() % 60, 'm');
+      const std::string data(random() % (capacity + 20), static_cast<char>('a' + record % 26));
+      const TavClTraceEntry entry(ring.environment, TAV_TRACE_DETAIL_LOW, 2, TAV_TRACE_TYPE_DATA,
+                                  "fn", message.c_str(), data.data(), data.size());
+      ring.manager.write(entry);
+      ring.written += recordBytes(entry);
+      if (random() % 5 == 0) ring.manager.flush();
+    }
+    ring.manager.flush();
+    ASSERT_EQ(ring.log.all(), ring.written);
+    for (const HandOut& handOut : ring.log.handOuts) {
+      if (!handOut.second.empty()) {
+        ASSERT_EQ(handOut.secondAddress, ring.control().first);
+      }
+    }
+  }
+}
+
+}  // namespace

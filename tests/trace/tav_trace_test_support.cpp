@@ -1,0 +1,65 @@
+// tav_trace_test_support.cpp - scratch files and a trace file reader for the trace tests.
+
+#include "tav_trace_test_support.h"
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+#include "tav_process.h"
+
+namespace tav::test {
+
+std::string scratchFileName(const char* stem) {
+  static std::atomic<int> counter{0};
+  const std::filesystem::path path =
+      std::filesystem::temp_directory_path() /
+      (std::string("tav_") + stem + "_" + std::to_string(TavClProcessProperty().getId()) + "_" +
+       std::to_string(counter++) + ".trc");
+  std::error_code ignored;
+  std::filesystem::remove(path, ignored);
+  return path.string();
+}
+
+std::string readFileBytes(const std::string& fileName) {
+  std::ifstream file(fileName, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+}
+
+std::string recordBytes(const TavClTraceEntry& entry) {
+  std::string bytes(reinterpret_cast<const char*>(entry.getHeader()), entry.getHeaderSize());
+  if (entry.getDumpData() != nullptr) {
+    bytes.append(static_cast<const char*>(entry.getDumpData()), entry.getSizeOfDumpData());
+  }
+  return bytes;
+}
+
+std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,
+                                    const std::string& bytes, bool* endsOnRecord) {
+  std::istringstream input(bytes);
+  TavClTraceFileEntry entry(environment);
+  std::vector<RecordRead> records;
+  std::streamoff recordEnd = 0;
+  while (entry.read(input)) {
+    if (entry.getSizeOfDumpData() > bytes.size()) break;  // cut short: no need to allocate
+    RecordRead record{entry.getType(),
+                      entry.getDetail(),
+                      entry.getComponentId(),
+                      entry.getTimeStamp(),
+                      entry.getProcessId(),
+                      entry.getThreadId(),
+                      std::string(entry.getMessage(), entry.getMessageLength()),
+                      std::string(entry.getOrigin(), entry.getOriginLength()),
+                      std::string(entry.getSizeOfDumpData(), '\0')};
+    input.read(record.data.data(), static_cast<std::streamsize>(record.data.size()));
+    if (!input) break;
+    records.push_back(record);
+    recordEnd = input.tellg();
+  }
+  *endsOnRecord = recordEnd == static_cast<std::streamoff>(bytes.size());
+  return records;
+}
+
+}  // namespace tav::test

@@ -1,0 +1,59 @@
+// tav_trace_test_support.h - a trace environment whose settings a test chooses, scratch files,
+// and a reader that turns a trace file back into records.
+
+#ifndef TAV_TRACE_TEST_SUPPORT_H
+#define TAV_TRACE_TEST_SUPPORT_H
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tav_trace_entry.h"
+#include "tav_trace_environment_base.h"
+
+namespace tav::test {
+
+class TestTraceEnvironment : public TavClTraceEnvironmentABase {
+ public:
+  explicit TestTraceEnvironment(bool compress = false, uint64_t bufferSize = 65535 - 48,
+                                const char* key = "test", const char* instance = nullptr)
+      : TavClTraceEnvironmentABase(key, instance), compress(compress), bufferSize(bufferSize) {}
+
+  bool isCompressionEnabled() const override { return compress; }
+  uint64_t getBufferSize() const override { return bufferSize; }
+  const char* getTraceFileName() const override { return fileName.c_str(); }
+  bool isVerbose() const override { return verbose; }
+
+  bool compress;
+  uint64_t bufferSize;
+  std::string fileName;
+  bool verbose = false;
+};
+
+// A file name in the temporary directory that no other test uses; the file is removed first.
+std::string scratchFileName(const char* stem);
+std::string readFileBytes(const std::string& fileName);
+
+// The bytes of a record as the buffer stores them: header, texts and data.
+std::string recordBytes(const TavClTraceEntry& entry);
+
+struct RecordRead {
+  TavEnTraceDataType type;
+  TavEnTraceDetail detail;
+  uint16_t componentId;
+  uint32_t timeStamp;
+  uint32_t processId;
+  uint32_t threadId;
+  std::string message;
+  std::string origin;
+  std::string data;
+};
+
+// Reads every record of a trace file's bytes. *endsOnRecord tells whether the bytes end exactly
+// behind the last record's data (rather than inside a record).
+std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,
+                                    const std::string& bytes, bool* endsOnRecord);
+
+}  // namespace tav::test
+
+#endif  // TAV_TRACE_TEST_SUPPORT_H
