@@ -135,6 +135,33 @@ TEST(StringSearch, AgreesWithStringViewFindOnRandomTexts) {
   }
 }
 
+// Texts of a few hundred characters, long enough for the search to pass over many windows at
+// a time, where the pattern's first or last character is rare or absent.
+TEST(StringSearch, AgreesWithStringViewFindOnLongTextsWithRareCharacters) {
+  std::mt19937 random(99);
+  for (int round = 0; round < 4000; ++round) {
+    const unsigned rarity = 1 + random() % 200;  // one character in `rarity` is not an 'a'
+    const auto randomText = [&](size_t length) {
+      std::string text(length, 'a');
+      for (char& c : text) {
+        if (random() % rarity == 0) c = "bcB"[random() % 3];
+      }
+      return text;
+    };
+    std::string pattern = randomText(1 + random() % 24);
+    if (round % 3 == 0) pattern.front() = 'b';
+    if (round % 4 == 0) pattern.back() = 'c';
+    const std::string text = randomText(random() % 600);
+    const bool ignoreCase = round % 5 == 0;
+
+    const TavClStringSearch search(pattern.c_str(), ignoreCase);
+    const size_t actual = offsetOf(text.c_str(), search.getPattern(text.c_str()));
+    ASSERT_EQ(actual, referenceFind(text, pattern, ignoreCase))
+        << "pattern \"" << pattern << "\" in a text of " << text.size() << " characters, "
+        << (ignoreCase ? "ignoring case" : "exact") << ", round " << round;
+  }
+}
+
 TEST(StringSearch, AgreesWithStringViewFindOnRandomBytesThroughTheLengthForm) {
   std::mt19937 random(7);
   for (int round = 0; round < 20000; ++round) {
