@@ -48,6 +48,7 @@ class TAV_API TavClLanguage : public TavClMemoryManagedObject {
   // A null code is parsed as the empty text: language unknown, territory unspecified.
   explicit TavClLanguage(const char* code);
   // The inverse of asNumber: language from the high 16 bits, territory from the low 16 bits.
+  // Pass an unsigned value: a literal 0 would as well be a null code.
   explicit TavClLanguage(unsigned int number);
 
   unsigned int asNumber() const;
