@@ -106,6 +106,9 @@ TEST(Language, TheNumberFormKeepsBothParts) {
   EXPECT_EQ(printed(beyond).shortCode, "?\?-??");
   EXPECT_EQ(printed(beyond).isoLongCode, "?\?-??");
   EXPECT_EQ(beyond.asNumber(), 0xFFFF0000u | 500u);
+  EXPECT_STREQ(TavClLanguage::getLanguageName(beyond.getLanguage()), "??");
+  EXPECT_STREQ(TavClLanguage::getTerritoryName(beyond.getTerritory()), "??");
+  EXPECT_EQ(TavClLanguage::getTerritoryIdNumber(TavClLanguage::TAV_TERRITORY_UNKNOWN), -1);
 }
 
 TEST(Language, StreamsTheShortCode) {
@@ -127,34 +130,15 @@ TEST(LanguageTables, HaveTheirSizesOrderAndUnspecifiedRows) {
   EXPECT_EQ(TavClLanguage::getTerritoryIdNumber(none), 0);
   EXPECT_STREQ(TavClLanguage::getTerritoryName(none), "Unspecified");
 
-  for (uint32_t l = 1; l < 143; ++l) {
-    const char* previous = TavClLanguage::getLanguageCode(static_cast<Language>(l - 1));
-    const char* code = TavClLanguage::getLanguageCode(static_cast<Language>(l));
-    ASSERT_LT(std::strcmp(previous, code), 0) << code;
-    ASSERT_GT(std::strlen(TavClLanguage::getLanguageName(static_cast<Language>(l))), 0u);
-  }
+  // Order and uniqueness show in the test that parses every pair of codes.
   for (uint32_t t = 1; t < 242; ++t) {
     const auto territory = static_cast<Territory>(t);
-    const char* previous = TavClLanguage::getTerritoryCodeShort(static_cast<Territory>(t - 1));
     const char* code = TavClLanguage::getTerritoryCodeShort(territory);
-    ASSERT_LT(std::strcmp(previous, code), 0) << code;
     ASSERT_EQ(std::strlen(TavClLanguage::getTerritoryCodeLong(territory)), 3u) << code;
     for (const char* c = TavClLanguage::getTerritoryName(territory); *c != '\0'; ++c) {
       ASSERT_TRUE(*c >= 0x20 && *c < 0x7f) << "a name that is not plain ASCII, " << code;
     }
   }
-}
-
-TEST(LanguageTables, ValuesPastTheTablesGiveQuestionMarks) {
-  const auto language = static_cast<Language>(143);
-  const auto territory = static_cast<Territory>(242);
-  EXPECT_STREQ(TavClLanguage::getLanguageCode(language), "??");
-  EXPECT_STREQ(TavClLanguage::getLanguageName(language), "??");
-  EXPECT_STREQ(TavClLanguage::getTerritoryCodeShort(territory), "??");
-  EXPECT_STREQ(TavClLanguage::getTerritoryCodeLong(territory), "??");
-  EXPECT_STREQ(TavClLanguage::getTerritoryName(territory), "??");
-  EXPECT_EQ(TavClLanguage::getTerritoryIdNumber(territory), -1);
-  EXPECT_EQ(TavClLanguage::getTerritoryIdNumber(static_cast<Territory>(0xFFFFFFFF)), -1);
 }
 
 TEST(LanguageTables, KeepTheirDeliberateRows) {
