@@ -1,0 +1,317 @@
+// The memory pool: size rules, growth and the current block, oversized requests, caller memory,
+// deleteAt and deleteAll, the typed helper and the two ways a failed growth is reported.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "tav_mempool.h"
+#include "tav_test_allocator.h"
+
+namespace {
+
+constexpr size_t kHuge = std::numeric_limits<size_t>::max();
+constexpr size_t kSmallBlockCapacity = 4096 - 48;
+
+// Every test runs on the counting allocator and must give back every block it took.
+class MemoryPool : public testing::Test {
+ protected:
+  void SetUp() override {
+    tav::test::installCountingAllocator();
+    liveBefore = tav::test::liveBlocks();
+  }
+  void TearDown() override {
+    tav::test::failAllocation(0);
+    EXPECT_EQ(tav::test::liveBlocks(), liveBefore) << "blocks leaked";
+  }
+
+  size_t liveBefore = 0;
+};
+
+// Fills a chunk completely, so that AddressSanitizer sees a chunk that overlaps a block's end.
+void* allocateAndFill(TavClMemoryPool& pool, size_t size, size_t* blockNumber = nullptr) {
+  size_t number = 0;
+  void* chunk = pool.allocate(size, number);
+  if (chunk != nullptr) std::memset(chunk, 0xA5, size);
+  if (blockNumber != nullptr) *blockNumber = number;
+  return chunk;
+}
+
+TEST_F(MemoryPool, BlockSizesAreRaisedAndRoundedToPagesAndTheRemainderIsClamped) {
+  struct Row {
+    size_t first, subsequent, remainder;
+    size_t firstCapacity, subsequentCapacity, clampedRemainder, capacityKB;
+  };
+  const Row rows[] = {
+      {100, 100, 10, 4096 - 48, 4096 - 48, 256, 4},
+      {4096, 4097, 256, 4096 - 48, 8192 - 48, 256, 4},
+      {5000, 12288, 70000, 8192 - 48, 12288 - 48, 65536, 8},
+      {0, 0, 65536, 4096 - 48, 4096 - 48, 65536, 4},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(testing::Message()
+                 << "pool(" << row.first << ", " << row.subsequent << ", " << row.remainder << ")");
+    TavClMemoryPool pool(row.first, row.subsequent, row.remainder);
+    EXPECT_EQ(pool.getCapacityForFirstBlock(), row.firstCapacity);
+    EXPECT_EQ(pool.getCurrentFreeSize(), row.firstCapacity);
+    EXPECT_EQ(pool.getCapacityForSubsequentBlocks(), row.subsequentCapacity);
+    EXPECT_EQ(pool.getMinimumRemainder(), row.clampedRemainder);
+    EXPECT_EQ(pool.getCapacityKB(), row.capacityKB);
+    EXPECT_EQ(pool.getBlockCount(), 1u);
+    EXPECT_EQ(pool.getLargestPossibleChunk(), std::max(row.firstCapacity, row.subsequentCapacity));
+  }
+}
+
+TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturate) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  const size_t rows[][2] = {{0, 0}, {5, 8}, {8, 8}, {9, 16}, {kHuge, kHuge - 7}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row[0]);
+    EXPECT_EQ(pool.getAlignedSizeFor(row[0]), row[1]);
+  }
+
+  const size_t before = pool.getCurrentFreeSize();
+  char* first = static_cast<char*>(pool.allocate(5));
+  char* second = static_cast<char*>(pool.allocate(1));
+  EXPECT_EQ(second - first, 8);
+  EXPECT_EQ(pool.getCurrentFreeSize(), before - 16);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % 8, 0u);
+}
+
+TEST_F(MemoryPool, GrowthAppendsBlocksAndResumesBehindTheFirstBlockLeftWithTooLittle) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  size_t blockNumber = 0;
+  allocateAndFill(pool, 1048);  // block 1 keeps 3000 free: it stays current
+  allocateAndFill(pool, 4000, &blockNumber);
+  EXPECT_EQ(blockNumber, 2u);
+  EXPECT_EQ(pool.getBlockCount(), 2u);
+  EXPECT_EQ(pool.getCapacityKB(), 8u);
+  EXPECT_EQ(pool.getCurrentFreeSize(), 3000u);
+
+  // Passes block 1 (enough left) and block 2 (48 left), appends block 3.
+  allocateAndFill(pool, 3500, &blockNumber);
+  EXPECT_EQ(blockNumber, 3u);
+  // Block 2 had too little left, so block 3 is current now, although block 1 has room.
+  void* chunk = allocateAndFill(pool, 8, &blockNumber);
+  EXPECT_EQ(blockNumber, 3u);
+  EXPECT_EQ(pool.getCurrentFreeSize(), kSmallBlockCapacity - 3504 - 8);
+  EXPECT_EQ(pool.getCurrentStateHandle(), static_cast<char*>(chunk) + 8);
+}
+
+TEST_F(MemoryPool, AnOversizedRequestGetsABlockOfItsOwnRoundedToPages) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  size_t blockNumber = 0;
+  allocateAndFill(pool, 3000);
+  ASSERT_NE(allocateAndFill(pool, 10000, &blockNumber), nullptr);
+  EXPECT_EQ(blockNumber, 2u);
+  EXPECT_EQ(pool.getBlockCount(), 2u);
+  EXPECT_EQ(pool.getCapacityKB(), 4u + 12u);  // 10000 + 48 rounds up to 12288
+
+  // Block 1 keeps enough room to stay current; what it cannot hold, the rest of the big block
+  // (12288 - 48 - 10000 = 2240 bytes) still can.
+  allocateAndFill(pool, 16, &blockNumber);
+  EXPECT_EQ(blockNumber, 1u);
+  allocateAndFill(pool, 2240, &blockNumber);
+  EXPECT_EQ(blockNumber, 2u);
+  EXPECT_EQ(pool.getBlockCount(), 2u);
+}
+
+TEST_F(MemoryPool, CallerMemoryFillsUpAndThenAnswersNullSilently) {
+  alignas(8) unsigned char memory[1000];
+  std::memset(memory, 0x5A, sizeof memory);
+  int handlerCalls = 0;
+  {
+    TavClMemoryPool pool(memory, sizeof memory);
+    pool.setErrorHandler([](const _TavStError&, void* calls) { ++*static_cast<int*>(calls); },
+                         &handlerCalls);
+    EXPECT_TRUE(pool.isUsingCallerMemory());
+    EXPECT_EQ(pool.getCapacityForFirstBlock(), 1000u);
+    EXPECT_EQ(pool.getCapacityForSubsequentBlocks(), 0u);
+    EXPECT_EQ(pool.getLargestPossibleChunk(), 1000u);
+    EXPECT_EQ(pool.getCapacityKB(), 0u);
+    for (size_t i = 0; i < 125; ++i) {
+      size_t blockNumber = 0;
+      ASSERT_EQ(pool.allocate(7, blockNumber), memory + 8 * i);
+      EXPECT_EQ(blockNumber, 1u);
+    }
+    EXPECT_EQ(pool.allocate(1), nullptr);
+    EXPECT_EQ(pool.allocate(kHuge), nullptr);
+    EXPECT_EQ(pool.getBlockCount(), 1u);
+    pool.deleteAll();
+    EXPECT_EQ(pool.allocate(1000), memory);
+  }
+  EXPECT_EQ(handlerCalls, 0);
+  // The pool never writes into the caller's memory itself, not even on destruction.
+  for (unsigned char byte : memory) ASSERT_EQ(byte, 0x5A);
+
+  TavClMemoryPool nullMemory(nullptr, 4096);
+  EXPECT_EQ(nullMemory.getCapacityForFirstBlock(), 0u);
+  EXPECT_EQ(nullMemory.allocate(1), nullptr);
+}
+
+TEST_F(MemoryPool, DeleteAtASavedHandleRestoresTheFreeSize) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  allocateAndFill(pool, 100);
+  void* handle = pool.getCurrentStateHandle();
+  const size_t freeAtHandle = pool.getCurrentFreeSize();
+  for (int i = 0; i < 10; ++i) allocateAndFill(pool, 24);
+  EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle - 240);
+
+  pool.deleteAt(handle);
+  EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle);
+  EXPECT_EQ(pool.allocate(24), handle);
+
+  // A position that is in no block of the pool changes nothing.
+  int elsewhere = 0;
+  pool.deleteAt(&elsewhere);
+  EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle - 24);
+}
+
+TEST_F(MemoryPool, DeleteAtEmptiesEveryLaterBlockAndAcceptsTheEndOfAFullBlock) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  void* handle = pool.getCurrentStateHandle();
+  size_t blockNumber = 0;
+  allocateAndFill(pool, 4000);  // block 1 keeps 48: too little, block 2 becomes current
+  void* inSecond = allocateAndFill(pool, 3000, &blockNumber);
+  ASSERT_EQ(blockNumber, 2u);
+
+  pool.deleteAt(handle);
+  EXPECT_EQ(pool.getBlockCount(), 2u);                    // deleteAt releases chunks, never blocks
+  EXPECT_EQ(pool.allocate(3000, blockNumber), inSecond);  // block 2, still current, is empty
+  EXPECT_EQ(blockNumber, 2u);
+
+  pool.deleteAll();
+  char* whole = static_cast<char*>(pool.allocate(kSmallBlockCapacity));
+  pool.deleteAt(whole + kSmallBlockCapacity);
+  EXPECT_EQ(pool.getCurrentFreeSize(), 0u);
+}
+
+TEST_F(MemoryPool, TwoDeleteAllCallsReleaseEveryBlockButTheFirst) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000);
+  ASSERT_EQ(pool.getBlockCount(), 3u);
+  ASSERT_EQ(pool.getCapacityKB(), 12u);
+
+  pool.deleteAll();  // every block served in the last cycle: all are kept, emptied
+  EXPECT_EQ(pool.getBlockCount(), 3u);
+  EXPECT_EQ(pool.getCurrentFreeSize(), kSmallBlockCapacity);
+
+  pool.deleteAll();  // nothing in between: the idle blocks go
+  EXPECT_EQ(pool.getBlockCount(), 1u);
+  // Growth counted whole blocks (4 KiB each), release subtracts capacities (3 KiB each).
+  EXPECT_EQ(pool.getCapacityKB(), 12u - 2 * 3);
+}
+
+TEST_F(MemoryPool, ABlockUsedBetweenTwoDeleteAllCallsSurvivesTheSecond) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000);
+  pool.deleteAll();
+  size_t blockNumber = 0;
+  allocateAndFill(pool, 4000);
+  allocateAndFill(pool, 4000, &blockNumber);  // reuses the kept block 2
+  EXPECT_EQ(blockNumber, 2u);
+  pool.deleteAll();
+  EXPECT_EQ(pool.getBlockCount(), 2u);
+  // A block appended now gets the number of the new block count.
+  allocateAndFill(pool, 4000);
+  allocateAndFill(pool, 4000);
+  allocateAndFill(pool, 4000, &blockNumber);
+  EXPECT_EQ(blockNumber, 3u);
+}
+
+struct Point {
+  Point(int x, int y) : x(x), y(y) {}
+  int64_t x;
+  int64_t y;
+};
+
+TEST_F(MemoryPool, ConstructBuildsAlignedObjectsAlsoInMisalignedCallerMemory) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  Point* point = pool.construct<Point>(3, -4);
+  ASSERT_NE(point, nullptr);
+  EXPECT_EQ(point->x, 3);
+  EXPECT_EQ(point->y, -4);
+
+  alignas(8) unsigned char memory[1 + 2 * sizeof(Point)];
+  TavClMemoryPool misaligned(memory + 1, sizeof memory - 1);
+  Point* first = misaligned.construct<Point>(1, 2);
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % alignof(Point), 0u);
+  EXPECT_EQ(first->y, 2);
+  // The padding took room: a second Point no longer fits.
+  EXPECT_EQ(misaligned.construct<Point>(5, 6), nullptr);
+}
+
+TEST_F(MemoryPool, FailedGrowthThrowsThePlainExceptionFromThePoolsPosition) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  tav::test::failAllocation(1);
+  try {
+    pool.allocate(5000);
+    FAIL() << "no exception";
+  } catch (const TavClExceptionFatal&) {
+    FAIL() << "the fatal exception must not reach the pool's caller";
+  } catch (const TavClException& failure) {
+    EXPECT_EQ(failure.getId(), MEMORYPOOL_COULD_NOT_GROW);
+    EXPECT_EQ(failure.getErrorClass(), TAV_CLASS_OUT_OF_MEMORY);
+    EXPECT_EQ(failure.getSeverity(), TAV_SEVERITY_FATAL);
+    EXPECT_EQ(failure.getAction(), TAV_ACTION_TERMINATE);
+    EXPECT_STREQ(failure.getModule(), "tav_mempool.cpp:296");
+    EXPECT_EQ(failure.getLine(), 296u);
+  }
+  EXPECT_EQ(pool.getBlockCount(), 1u);
+  EXPECT_EQ(pool.getCapacityKB(), 4u);
+
+  // A size no block can hold fails the same way, without asking the allocator.
+  EXPECT_THROW(pool.allocate(kHuge - 100), TavClException);
+  ASSERT_NE(pool.allocate(5000), nullptr);  // the pool still works
+}
+
+struct HandlerLog {
+  int calls = 0;
+  _TavStError last = {NO_ERROR, TAV_CLASS_UNKNOWN};
+};
+
+void recordError(const _TavStError& error, void* context) {
+  auto* log = static_cast<HandlerLog*>(context);
+  ++log->calls;
+  log->last = error;
+}
+
+TEST_F(MemoryPool, FailedGrowthCallsTheErrorHandlerAndGivesNull) {
+  TavClMemoryPool pool(4096, 4096, 256);
+  HandlerLog log;
+  pool.setErrorHandler(recordError, &log);
+  allocateAndFill(pool, 4000);  // block 1 now has too little left
+
+  tav::test::failAllocation(1);
+  EXPECT_EQ(pool.allocate(100), nullptr);
+  EXPECT_EQ(log.calls, 1);
+  EXPECT_EQ(log.last.id, static_cast<uint32_t>(MEMORYPOOL_COULD_NOT_GROW));
+  EXPECT_EQ(log.last.errorClass, TAV_CLASS_OUT_OF_MEMORY);
+  EXPECT_EQ(pool.getBlockCount(), 1u);
+
+  EXPECT_EQ(pool.allocate(kHuge - 100), nullptr);
+  EXPECT_EQ(log.calls, 2);
+
+  tav::test::failAllocation(0);
+  size_t blockNumber = 0;
+  ASSERT_NE(pool.allocate(100, blockNumber), nullptr);
+  EXPECT_EQ(blockNumber, 2u);
+
+  pool.setErrorHandler(nullptr, nullptr);
+  EXPECT_THROW(pool.allocate(kHuge - 100), TavClException);
+}
+
+TEST_F(MemoryPool, AFailedFirstBlockOrHeaderReachesTheCallerWithNothingLeaked) {
+  tav::test::forEachAllocationFailure([] { TavClMemoryPool pool(8192, 4096, 256); });
+  tav::test::forEachAllocationFailure([] {
+    unsigned char memory[64];
+    TavClMemoryPool pool(memory, sizeof memory);
+  });
+  // The pool object itself comes from the memory manager too.
+  tav::test::forEachAllocationFailure([] { delete new TavClMemoryPool(4096, 4096, 256); });
+}
+
+}  // namespace
