@@ -19,7 +19,9 @@ uint32_t currentProcessId() { return static_cast<uint32_t>(getpid()); }
 
 // The thread id costs a system call, and trace records ask for it every time: keep it per thread.
 uint32_t currentThreadId() {
-  thread_local const uint32_t cached = static_cast<uint32_t>(syscall(SYS_gettid));
+  // The initial-exec model reads the variable without a call into the dynamic linker.
+  static thread_local uint32_t cached __attribute__((tls_model("initial-exec"))) = 0;
+  if (cached == 0) cached = static_cast<uint32_t>(syscall(SYS_gettid));
   return cached;
 }
 
