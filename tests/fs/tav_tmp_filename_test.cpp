@@ -14,6 +14,7 @@
 #include "tav_error.h"
 #include "tav_filename.h"
 #include "tav_process.h"
+#include "tav_utils.h"
 
 namespace {
 
@@ -38,10 +39,14 @@ class TemporaryNames : public testing::Test {
       const char* value = TavClEnvironmentVariableQueryOnly(name).getValue();
       saved.push_back({name, value != nullptr, value != nullptr ? value : ""});
     }
+    // The time stamp keeps names apart when an earlier run with the same process id left a
+    // directory behind (Wine reuses small process ids, and cannot always remove long paths).
     scratch = fs::temp_directory_path() /
               ("tav-tmpname-" + std::to_string(TavClProcessProperty().getId()) + "-" +
+               std::to_string(tavGetTimeStamp()) + "-" +
                testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(scratch);
+    std::error_code ignored;
+    fs::remove_all(scratch, ignored);
     fs::create_directories(scratch);
     scratchText = scratch.string();
   }
@@ -156,6 +161,11 @@ TEST_F(TemporaryNames, NoRoomForTheNameIsReportedNotRetriedForever) {
   } catch (const TavClException& failure) {
     EXPECT_EQ(failure.getErrorClass(), TAV_CLASS_RESOURCE_EXHAUSTED);
     EXPECT_NE(std::strstr(failure.getCause(), "temporary"), nullptr);
+  }
+  // Deepest first, one level at a time: a recursive removal can fail on paths this long.
+  for (fs::path level = deep; level.string().size() > scratchText.size();
+       level = level.parent_path()) {
+    fs::remove(level, error);
   }
 }
 
