@@ -75,7 +75,8 @@ void processBatch(const char* name, const std::vector<int32_t>& values) {
   DEMO_TRACE(TAV_TRACE_DETAIL_HIGH, TAV_TRACE_TYPE_DATA, "processBatch", "raw values",
              values.data(), values.size() * sizeof(int32_t));
   const double mean = average(values);
-  std::printf("batch %-6s %zu values, average %.2f\n", name, values.size(), mean);
+  std::printf("batch %-6s %lu values, average %.2f\n", name,
+              static_cast<unsigned long>(values.size()), mean);
 }
 
 int runTracedWork() {
@@ -111,17 +112,17 @@ int countRecords(const char* fileName) {
   }
   ReadingEnvironment environment;
   TavClTraceFileEntry entry(environment);
-  std::map<int, uint64_t> byType;
-  uint64_t records = 0;
+  std::map<int, unsigned long> byType;
+  unsigned long records = 0;
   while (entry.read(input)) {
     input.seekg(static_cast<std::streamoff>(entry.getSizeOfDumpData()), std::ios::cur);
     if (!input) break;
     ++records;
     ++byType[entry.getType()];
   }
-  std::printf("%s: %llu records\n", fileName, static_cast<unsigned long long>(records));
+  std::printf("%s: %lu records\n", fileName, static_cast<unsigned long>(records));
   for (const auto& [type, count] : byType) {
-    std::printf("  type %2d: %llu\n", type, static_cast<unsigned long long>(count));
+    std::printf("  type %2d: %lu\n", type, static_cast<unsigned long>(count));
   }
   return 0;
 }
