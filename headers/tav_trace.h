@@ -128,7 +128,7 @@ class TAV_API TavClTraceInstance : public TavClMemoryManagedObject {
 
   static TavClTraceInstance* cv_pclSingletonInstance;
 
-  uint32_t reserved[2] = {0, 0};
+  [[maybe_unused]] uint32_t reserved[2] = {0, 0};
   TavClTraceEnvironment* environment = nullptr;
   TavPfuTraceDump dumpCallback;
   void* callbackContext;

@@ -139,8 +139,8 @@ TEST(TraceSettings, SettingsInForeignMemoryStartLikeOwnOnes) {
   TavClTraceSettings settings(memory);
   const auto* block = reinterpret_cast<const _TavStTraceSettingsBlock*>(memory);
   EXPECT_EQ(&settings.getBlock(), block);
-  EXPECT_EQ(block->flags, TavClTraceSettings::kInitialFlags);
-  EXPECT_EQ(block->signature, TavClTraceSettings::kSignature);
+  EXPECT_EQ(block->flags, uint32_t{TavClTraceSettings::kInitialFlags});
+  EXPECT_EQ(block->signature, uint32_t{TavClTraceSettings::kSignature});
   EXPECT_EQ(block->filter.getDetail(), TAV_TRACE_DETAIL_LOW);
   settings.enableCompression(false);
   settings.enableAutoflush(true);
