@@ -1,5 +1,5 @@
-// Fuzzes the component set specification of the trace filter against a set of 256 booleans
-// filled by a reader written here straight from the rules. The input is the specification
+// Fuzzes the component set text of the trace filter against a set of 256 booleans
+// filled by a reader written here straight from the rules. The input is the component set
 // text; the first byte's low bit chooses whether the set starts full or empty.
 
 #include <array>

@@ -67,7 +67,7 @@ class TAV_API TavClTraceFilter {
   void disableComponentId(uint32_t id);
   void enableAllComponentIds();
   void disableAllComponentIds();
-  // Applies a component set specification, read left to right:
+  // Applies a component set text, read left to right:
   //   digits  a number, stored as the start of the range, or as its end after a "."
   //   "."     what follows is the end of the range: 3.7 and 3..7 both mean 3 to 7
   //   "*"     the range 1 to 255
@@ -141,7 +141,7 @@ class TAV_API TavClTraceSettings : public TavClMemoryManagedObject {
   bool isVerboseEnabled() const { return (block->flags & kVerbose) != 0; }
 
   void setDetailLevel(const char* text) { block->filter.setDetail(text); }
-  // Clears every component id, then applies the specification (see TavClTraceFilter).
+  // Clears every component id, then applies the text (see TavClTraceFilter).
   void initComponentIds(const char* text);
 
   TavClTraceFilter& getFilter() { return block->filter; }

@@ -1,4 +1,4 @@
-// Trace settings: the detail text, component set specifications, ids, and everything the
+// Trace settings: the detail text, component set texts, ids, and everything the
 // trace environment reads from its eleven variables.
 
 #include <gtest/gtest.h>
@@ -64,7 +64,7 @@ TEST(TraceFilter, DetailMatchesUpToTheLevel) {
   EXPECT_FALSE(filter.matchesDetail(TAV_TRACE_DETAIL_HIGH));
 }
 
-TEST(TraceFilter, ComponentSetSpecifications) {
+TEST(TraceFilter, ComponentSetTexts) {
   const struct {
     const char* text;
     std::vector<uint32_t> expected;
