@@ -5,6 +5,14 @@ cd "$(dirname "$0")/.."
 
 bash scripts/install-deps.sh demo
 cmake -S . -B out/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF >/dev/null
-cmake --build out/demo --target tav_demo
+cmake --build out/demo --target tav_demo tav_trace_demo
 echo
 ./out/demo/bin/tav_demo
+
+echo
+echo "--- tracing: tav_trace_demo with TAVDEMO_TRACE_ACTIVE=on"
+trace_file="$PWD/out/demo/tavdemo.trc"
+TAVDEMO_TRACE_ACTIVE=on TAVDEMO_TRACE_DETAIL=high TAVDEMO_TRACE_AUTOCLEAR=on \
+  TAVDEMO_TRACE_FILE="$trace_file" ./out/demo/bin/tav_trace_demo
+echo "trace file: $trace_file, $(wc -c <"$trace_file") bytes"
+./out/demo/bin/tav_trace_demo --count "$trace_file"

@@ -7,7 +7,9 @@
 #include <fstream>
 #include <iterator>
 #include <sstream>
+#include <utility>
 
+#include "tav_environment.h"
 #include "tav_process.h"
 
 namespace tav::test {
@@ -60,6 +62,28 @@ std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,
   }
   *endsOnRecord = recordEnd == static_cast<std::streamoff>(bytes.size());
   return records;
+}
+
+namespace {
+
+const char* const kTraceSuffixes[] = {"_TRACE_ACTIVE",    "_TRACE_DETAIL",    "_TRACE_AUTOSAVE",
+                                      "_TRACE_AUTOFLUSH", "_TRACE_AUTOCLEAR", "_TRACE_COMPRESS",
+                                      "_TRACE_COMPSET",   "_TRACE_BUFSIZE",   "_TRACE_FILE",
+                                      "_TRACE_FORMAT",    "_TRACE_VERBOSE"};
+
+}  // namespace
+
+ScopedTraceVariables::ScopedTraceVariables(std::string upperCaseKey)
+    : key(std::move(upperCaseKey)) {
+  for (const char* suffix : kTraceSuffixes) set(suffix, nullptr);
+}
+
+ScopedTraceVariables::~ScopedTraceVariables() {
+  for (const char* suffix : kTraceSuffixes) set(suffix, nullptr);
+}
+
+void ScopedTraceVariables::set(const char* suffix, const char* value) {
+  TavClEnvironmentVariable variable((key + suffix).c_str(), value);
 }
 
 }  // namespace tav::test

@@ -54,6 +54,22 @@ struct RecordRead {
 std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,
                                     const std::string& bytes, bool* endsOnRecord);
 
+// Clears the eleven trace variables of a key for the lifetime of the object, and sets the ones
+// a test names; all are removed again at the end.
+class ScopedTraceVariables {
+ public:
+  explicit ScopedTraceVariables(std::string upperCaseKey);
+  ~ScopedTraceVariables();
+  ScopedTraceVariables(const ScopedTraceVariables&) = delete;
+  ScopedTraceVariables& operator=(const ScopedTraceVariables&) = delete;
+
+  // Sets key + suffix to value; null removes it.
+  void set(const char* suffix, const char* value);
+
+ private:
+  std::string key;
+};
+
 }  // namespace tav::test
 
 #endif  // TAV_TRACE_TEST_SUPPORT_H

@@ -1,0 +1,110 @@
+// The trace functions as a program calls them. A trace point while tracing is off (one test of
+// the enabled-instance pointer), and one tavTraceDump of a C string record (message of 32
+// characters, origin of 16, the message as the record's C string data) with tracing on, into a
+// 1 MiB buffer that autosave hands to a trace file; plain and compressed. Beside it, the same
+// message logged through spdlog into a file, with an asynchronous and a synchronous logger,
+// the loggers a program would otherwise pick. Every run writes the same number of records, so
+// that the files stay a few hundred megabytes; each file is removed afterwards.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#if __has_include(<spdlog/spdlog.h>)
+// Header-only, so that the benchmark needs no library beyond the system's headers.
+#define FMT_HEADER_ONLY
+#define SPDLOG_HEADER_ONLY
+#include <spdlog/async.h>
+#include <spdlog/sinks/basic_file_sink.h>
+#include <spdlog/spdlog.h>
+#define TAV_BENCH_HAVE_SPDLOG 1
+#endif
+
+#include "tav_environment.h"
+#include "tav_filename.h"
+#include "tav_trace.h"
+
+namespace {
+
+constexpr const char* kMessage = "value of the counter after reset";  // 32 characters
+constexpr const char* kOrigin = "Session::restart";                   // 16 characters
+constexpr benchmark::IterationCount kRecords = 2000000;
+
+std::string benchFile(const char* name) {
+  return TavClFilename(tavGetTmpDirectory(), name, nullptr).getAsCString();
+}
+
+void BM_TracePointOff(benchmark::State& state) {
+  TavClTraceInstance::deleteInstance();
+  int counter = 0;
+  for (auto _ : state) {
+    benchmark::ClobberMemory();  // the pointer is read at every trace point, as in a program
+    if (TAV_TRACE_IS_ENABLED()) {
+      tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_INT32, kOrigin, kMessage, &counter,
+                   sizeof counter);
+    }
+    ++counter;
+  }
+  benchmark::DoNotOptimize(counter);
+}
+
+void BM_TraceDumpToFile(benchmark::State& state, bool compress) {
+  const std::string file = benchFile("tav_bench_trace_dump.trc");
+  std::remove(file.c_str());
+  TavClEnvironmentVariable active("TAVBENCH_TRACE_ACTIVE", "on");
+  TavClEnvironmentVariable size("TAVBENCH_TRACE_BUFSIZE", "1024");
+  TavClEnvironmentVariable name("TAVBENCH_TRACE_FILE", file.c_str());
+  TavClTraceInstance* instance = TavClTraceInstance::createInstance("tavbench");
+  instance->getEnvironment().getSettings().enableCompression(compress);
+  const size_t dataSize = std::strlen(kMessage) + 1;
+  for (auto _ : state) {
+    if (TAV_TRACE_IS_ENABLED()) {
+      tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_CSTRING, kOrigin, kMessage, kMessage,
+                   dataSize);
+    }
+  }
+  TavClTraceInstance::deleteInstance();
+  std::remove(file.c_str());
+  active.resetValue();
+  size.resetValue();
+  name.resetValue();
+}
+
+#ifdef TAV_BENCH_HAVE_SPDLOG
+void BM_SpdlogToFile(benchmark::State& state, bool asynchronous) {
+  const std::string file = benchFile("tav_bench_spdlog.log");
+  std::remove(file.c_str());
+  std::shared_ptr<spdlog::logger> logger;
+  if (asynchronous) {
+    spdlog::init_thread_pool(8192, 1);
+    logger = spdlog::basic_logger_mt<spdlog::async_factory>("bench_async", file, true);
+  } else {
+    logger = spdlog::basic_logger_mt("bench_sync", file, true);
+  }
+  const spdlog::source_loc origin{__FILE__, __LINE__, kOrigin};
+  for (auto _ : state) logger->log(origin, spdlog::level::info, "{}", kMessage);
+  logger->flush();
+  logger.reset();
+  spdlog::shutdown();  // drains the asynchronous queue and ends its thread
+  std::remove(file.c_str());
+}
+#endif
+
+[[maybe_unused]] const bool kRegistered = [] {
+  benchmark::RegisterBenchmark("BM_TracePoint/off/tav", BM_TracePointOff);
+  benchmark::RegisterBenchmark("BM_TraceDump/uncompressed/tav", BM_TraceDumpToFile, false)
+      ->Iterations(kRecords);
+  benchmark::RegisterBenchmark("BM_TraceDump/compressed/tav", BM_TraceDumpToFile, true)
+      ->Iterations(kRecords);
+#ifdef TAV_BENCH_HAVE_SPDLOG
+  benchmark::RegisterBenchmark("BM_TraceDump/spdlog_async_file", BM_SpdlogToFile, true)
+      ->Iterations(kRecords);
+  benchmark::RegisterBenchmark("BM_TraceDump/spdlog_sync_file", BM_SpdlogToFile, false)
+      ->Iterations(kRecords);
+#endif
+  return true;
+}();
+
+}  // namespace
