@@ -12,14 +12,10 @@
 #include <cstring>
 #include <string>
 
-#if __has_include(<spdlog/spdlog.h>)
-// Header-only, so that the benchmark needs no library beyond the system's headers.
-#define FMT_HEADER_ONLY
-#define SPDLOG_HEADER_ONLY
+#include "bench_trace_common.h"
+#ifdef TAV_BENCH_HAVE_SPDLOG
 #include <spdlog/async.h>
 #include <spdlog/sinks/basic_file_sink.h>
-#include <spdlog/spdlog.h>
-#define TAV_BENCH_HAVE_SPDLOG 1
 #endif
 
 #include "tav_environment.h"
@@ -28,8 +24,8 @@
 
 namespace {
 
-constexpr const char* kMessage = "value of the counter after reset";  // 32 characters
-constexpr const char* kOrigin = "Session::restart";                   // 16 characters
+using tav::bench::kMessage;
+using tav::bench::kOrigin;
 constexpr benchmark::IterationCount kRecords = 2000000;
 
 std::string benchFile(const char* name) {

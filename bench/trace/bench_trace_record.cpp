@@ -9,13 +9,9 @@
 #include <cstdint>
 #include <vector>
 
-#if __has_include(<spdlog/spdlog.h>)
-// Header-only, so that the benchmark needs no library beyond the system's headers.
-#define FMT_HEADER_ONLY
-#define SPDLOG_HEADER_ONLY
+#include "bench_trace_common.h"
+#ifdef TAV_BENCH_HAVE_SPDLOG
 #include <spdlog/sinks/ringbuffer_sink.h>
-#include <spdlog/spdlog.h>
-#define TAV_BENCH_HAVE_SPDLOG 1
 #endif
 
 #include "tav_process.h"
@@ -24,8 +20,8 @@
 
 namespace {
 
-constexpr const char* kMessage = "value of the counter after reset";  // 32 characters
-constexpr const char* kOrigin = "Session::restart";                   // 16 characters
+using tav::bench::kMessage;
+using tav::bench::kOrigin;
 constexpr uint64_t kBufferSize = 65535;  // the default size of a trace buffer
 
 class BenchEnvironment : public TavClTraceEnvironmentABase {
