@@ -11,7 +11,11 @@
 #include "tav_error.h"
 #include "tav_message.h"
 
+extern "C" int tavMsgCApiCheck(void);
+
 namespace {
+
+TEST(MessageCatalogCFunctions, HeaderCompilesAsC) { EXPECT_TRUE(tavMsgCApiCheck()); }
 
 const char* const* builtIn() { return tavMsgCatGetBuiltInStringTable(); }
 const char* const kLetters[TAV_MSG_VARIABLE_COUNT] = {"a", "b", "c", "d", "e",
