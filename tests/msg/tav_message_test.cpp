@@ -108,7 +108,8 @@ TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
   }
   const TavClMessage fromSecond(second.catalog, 3);  // "YES" in the built-in table
   target = fromSecond;
-  target = target;
+  const TavClMessage& sameMessage = target;
+  target = sameMessage;  // assigning a message to itself keeps its text
   EXPECT_STREQ(target.getText(), "YES");
   EXPECT_STREQ(target.setNewMessageId(6), "other");  // looked up in the first catalog
 
