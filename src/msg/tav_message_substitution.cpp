@@ -11,12 +11,17 @@ constexpr char kUnknownVariable[] = "???";
 
 // The number that atol would read at text, saturated instead of overflowing: only whether it
 // lies between 1 and the count of variables matters.
+// isdigit is the same in every locale; this one needs no call.
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
 long readVariableNumber(const char* text) {
-  while (std::isspace(static_cast<unsigned char>(*text))) ++text;
   bool negative = false;
-  if (*text == '+' || *text == '-') negative = *text++ == '-';
+  if (!isDigit(*text)) {  // the rare forms "% 2" and "%+2"
+    while (std::isspace(static_cast<unsigned char>(*text))) ++text;
+    if (*text == '+' || *text == '-') negative = *text++ == '-';
+  }
   long number = 0;
-  for (; std::isdigit(static_cast<unsigned char>(*text)); ++text) {
+  for (; isDigit(*text); ++text) {
     if (number < LONG_MAX / 10) number = number * 10 + (*text - '0');
   }
   return negative ? -number : number;
@@ -69,7 +74,7 @@ size_t substituteMessageVariables(char* out, size_t limit, const char* in,
       variable = variables[number - 1];
     }
     output.put(variable);
-    while (std::isdigit(static_cast<unsigned char>(*position))) ++position;
+    while (isDigit(*position)) ++position;
   }
   return output.finish();
 }

@@ -1,0 +1,134 @@
+// Messages built from string tables: substitution through a catalog, the inline and heap texts,
+// assignment, and the failure notices.
+
+#include "tav_message.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+
+#include "tav_test_allocator.h"
+
+namespace {
+
+const char* const kLetters[TAV_MSG_VARIABLE_COUNT] = {"a", "b", "c", "d", "e",
+                                                      "f", "g", "h", "i", "j"};
+
+// A catalog without module that serves table, under a name no catalog file has.
+struct TableCatalog {
+  explicit TableCatalog(const char* const* table, unsigned long size)
+      : catalog(TavClFilename("no-such-catalog")) {
+    catalog.useStringTable(table, size);
+  }
+  TavClMessageCatalog catalog;
+};
+
+const std::string k80(80, 'x');
+const std::string k81(81, 'y');
+const char* const kSmallTable[] = {
+    "[TAV_MSGTAB_SIGNATURE] 7", "short %1", k80.c_str(), k81.c_str(), "%1%1", nullptr, "other"};
+constexpr unsigned long kSmallTableSize = sizeof kSmallTable / sizeof kSmallTable[0];
+
+TEST(Message, BuiltInTableSubstitutesTheTenVariables) {
+  TableCatalog table(tavMsgCatGetBuiltInStringTable(), TAV_MSG_BUILTIN_TABLE_SIZE);
+  const TavClMessage message(table.catalog, 2, kLetters);
+  EXPECT_STREQ(message.getText(),
+               "Percent:% Arg1:a Arg2:b Arg3:c Arg4:d Arg5:e Arg6:f Arg7:g Arg8:h Arg9:i Arg10:j");
+  EXPECT_TRUE(message.isMessageLoaded());
+  EXPECT_TRUE(message.isTextInline());  // exactly 80 characters
+
+  const TavClMessage nulls(table.catalog, 2, "one", nullptr, "three");
+  EXPECT_STREQ(nulls.getText(),
+               "Percent:% Arg1:one Arg2:??? Arg3:three Arg4:??? Arg5:??? Arg6:??? Arg7:??? "
+               "Arg8:??? Arg9:??? Arg10:???");
+  EXPECT_EQ(table.catalog.getStringTableSignatureCount(), TAV_MSG_BUILTIN_TABLE_SIZE);
+}
+
+TEST(Message, FailureNoticesNameTheCatalog) {
+  TableCatalog table(kSmallTable, kSmallTableSize);
+  const TavClMessage beyondTable(table.catalog, kSmallTableSize);
+  EXPECT_EQ(std::string(beyondTable.getText()),
+            std::string("UNABLE TO LOAD MESSAGE CATALOG: ") + table.catalog.getFileName());
+  EXPECT_FALSE(beyondTable.isMessageLoaded());
+
+  // Every id below the size loads, the signature line and a null entry included.
+  EXPECT_TRUE(TavClMessage(table.catalog, 0).isMessageLoaded());
+  const TavClMessage nullEntry(table.catalog, 5);
+  EXPECT_TRUE(nullEntry.isMessageLoaded());
+  EXPECT_STREQ(nullEntry.getText(), "");
+
+  const TavClMessageCatalog noTable(TavClFilename("no-such-catalog"));
+  EXPECT_FALSE(noTable.isModuleLoaded());
+  EXPECT_EQ(noTable.getLanguage(), 0u);
+  EXPECT_FALSE(TavClMessage(noTable, 1).isMessageLoaded());
+}
+
+TEST(Message, TextsUpToEightyCharactersStayInline) {
+  TableCatalog table(kSmallTable, kSmallTableSize);
+  const std::string long40(40, 'v');
+  const std::string long41(41, 'v');
+  struct Case {
+    unsigned long id;
+    const char* variable;
+    size_t length;
+    bool inlineText;
+  } cases[] = {
+      {2, nullptr, 80, true},
+      {3, nullptr, 81, false},
+      {4, long40.c_str(), 80, true},
+      {4, long41.c_str(), 82, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "id " << c.id << " length " << c.length);
+    const TavClMessage message(table.catalog, c.id, c.variable);
+    EXPECT_EQ(std::string(message.getText()).size(), c.length);
+    EXPECT_EQ(message.isTextInline(), c.inlineText);
+  }
+}
+
+TEST(Message, TextsAreCutAtTheMessageLimit) {
+  TableCatalog table(kSmallTable, kSmallTableSize);
+  const std::string huge(3000, 'h');
+  const TavClMessage message(table.catalog, 4, huge.c_str());
+  EXPECT_EQ(std::string(message.getText()), std::string(TAV_MSG_MAX_LENGTH, 'h'));
+}
+
+TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
+  TableCatalog first(kSmallTable, kSmallTableSize);
+  TableCatalog second(tavMsgCatGetBuiltInStringTable(), TAV_MSG_BUILTIN_TABLE_SIZE);
+  TavClMessage target(first.catalog, 1, "inline");
+  for (unsigned long id : {3ul, 6ul, 3ul}) {  // heap, inline, heap again
+    SCOPED_TRACE(id);
+    const TavClMessage source(id == 3 ? first.catalog : second.catalog, id);
+    target = source;
+    EXPECT_STREQ(target.getText(), source.getText());
+    EXPECT_EQ(target.isTextInline(), source.isTextInline());
+    EXPECT_EQ(target.getMessageId(), id);
+  }
+  const TavClMessage fromSecond(second.catalog, 3);  // "YES" in the built-in table
+  target = fromSecond;
+  const TavClMessage& sameMessage = target;
+  target = sameMessage;  // assigning a message to itself keeps its text
+  EXPECT_STREQ(target.getText(), "YES");
+  EXPECT_STREQ(target.setNewMessageId(6), "other");  // looked up in the first catalog
+
+  TavClMessage copy(target);
+  std::ostringstream stream;
+  stream << copy;
+  EXPECT_EQ(stream.str(), "other");
+  EXPECT_STREQ(copy.setNewMessageId(1, "x"), "short x");
+}
+
+TEST(Message, FailedAllocationsLeakNothing) {
+  TableCatalog table(kSmallTable, kSmallTableSize);
+  tav::test::forEachAllocationFailure([&] {
+    TavClMessage message(table.catalog, 3);
+    const TavClMessage other(table.catalog, 1, "short");
+    message = other;
+    message.setNewMessageId(3);
+    TavClMessage copy(message);
+  });
+}
+
+}  // namespace

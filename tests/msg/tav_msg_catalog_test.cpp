@@ -1,0 +1,226 @@
+// The built-in table, the C functions, the language ids of locale names, and the library's
+// own catalog module. The module's language depends on the environment ctest gives the
+// program: TAV_TEST_CATALOG_LANGUAGE names the language id its texts must be in.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+#include "../../src/msg/tav_language_id.h"
+#include "tav_error.h"
+#include "tav_message.h"
+
+extern "C" int tavMsgCApiCheck(void);
+
+namespace {
+
+TEST(MessageCatalogCFunctions, HeaderCompilesAsC) { EXPECT_TRUE(tavMsgCApiCheck()); }
+
+const char* const* builtIn() { return tavMsgCatGetBuiltInStringTable(); }
+const char* const kLetters[TAV_MSG_VARIABLE_COUNT] = {"a", "b", "c", "d", "e",
+                                                      "f", "g", "h", "i", "j"};
+
+#define TAV_TEST_NAME_ENTRY(name, value, message) {#name, message},
+struct NameEntry {
+  const char* name;
+  unsigned long message;
+};
+
+TEST(BuiltInTable, NamesComeFromTheErrorLists) {
+  ASSERT_EQ(tavMsgCatGetBuiltInStringTableSize(), 221u);
+  const NameEntry ids[] = {TAV_ERROR_ID_LIST(TAV_TEST_NAME_ENTRY)};
+  for (const NameEntry& entry : ids) {
+    SCOPED_TRACE(entry.name);
+    EXPECT_STREQ(builtIn()[entry.message], entry.name);
+  }
+  EXPECT_STREQ(builtIn()[tavErrorGetIdAsMessageId(ICU_ERROR_LIMIT)], "ICU_ERROR_LIMIT");
+  EXPECT_STREQ(builtIn()[tavErrorGetClassAsMessageId(TAV_CLASS_IO_INVALID_NAME)],
+               "IO_INVALID_NAME");
+  EXPECT_STREQ(builtIn()[tavErrorGetSeverityAsMessageId(TAV_SEVERITY_PANIC)], "PANIC");
+  EXPECT_STREQ(builtIn()[tavErrorGetActionAsMessageId(TAV_ACTION_USER)], "USER");
+}
+
+TEST(BuiltInTable, FixedTexts) {
+  const struct {
+    unsigned long id;
+    const char* text;
+  } cases[] = {
+      {0, "[TAV_MSGTAB_SIGNATURE] 221"},
+      {1, "[TAV-LIBRARY]"},
+      {8, "hH?"},
+      {22, "Sorry, no additional help available"},
+      {46, "Exception occured in line"},
+      {47, "NO_ERROR"},
+      {105, "ICU_ERROR_LIMIT"},
+      {106, "UNKNOWN"},
+      {132, "HARDWARE_NOT_SUPPORTED"},
+      {133, "NONE"},
+      {145, "USER"},
+      {146, "RETRYDELAY"},
+      {149, "PANIC"},
+      {150, "Trace Controller"},
+      {161, "fdetail"},
+      {169, "fdetail"},
+      {172, "ftid"},
+      {190, " *** Clipped ***"},
+      {192, "Nesting level: "},
+      {199, "Trace file corrupted: invalid data found"},
+      {200, "?"},
+      {219, "?"},
+      {220, "[TAV-LIBRARY]"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.id);
+    EXPECT_STREQ(builtIn()[c.id], c.text);
+  }
+  EXPECT_EQ(std::string(builtIn()[151]).substr(0, 13), "(-key <key>) ");
+}
+
+TEST(MessageCatalogCFunctions, StringTableHandle) {
+  EXPECT_EQ(tavMsgCatOpen("no-such-catalog"), nullptr);
+  const TavClMessageCatalog unloaded(TavClFilename("no-such-catalog"));
+  EXPECT_EQ(tavMsgCatOpenAttach(&unloaded), nullptr);
+  EXPECT_EQ(tavMsgCatOpenAttach(nullptr), nullptr);
+
+  TavClMessageCatalogProxy* handle =
+      tavMsgCatOpenOrUseStringTable("msgs.txt", builtIn(), TAV_MSG_BUILTIN_TABLE_SIZE);
+  ASSERT_NE(handle, nullptr);
+  EXPECT_EQ(tavMsgCatGetLanguage(handle), 0u);
+  EXPECT_STREQ(tavMsgCatGet(handle, 17), "Usage");
+  EXPECT_TRUE(tavMsgCatIsValid(handle, 220));
+  EXPECT_FALSE(tavMsgCatIsValid(handle, 221));
+  const std::string catalogName = handle->getCatalog()->getFileName();
+  EXPECT_TRUE(catalogName == "msgs.cat" || catalogName == "msgs.DLL") << catalogName;
+  EXPECT_EQ(tavMsgCatGet(handle, 221), "UNABLE TO LOAD MESSAGE CATALOG: " + catalogName);
+
+  EXPECT_STREQ(tavMsgCatGetVar(handle, 2, "a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k",
+                               "l", nullptr),
+               "Percent:% Arg1:a Arg2:b Arg3:c Arg4:d Arg5:e Arg6:f Arg7:g Arg8:h Arg9:i Arg10:j");
+  // Ten entries are read at most: the list needs no null pointer after the tenth.
+  EXPECT_STREQ(tavMsgCatGetVar(handle, 2, "1", "2", "3", "4", "5", "6", "7", "8", "9", "10"),
+               "Percent:% Arg1:1 Arg2:2 Arg3:3 Arg4:4 Arg5:5 Arg6:6 Arg7:7 Arg8:8 Arg9:9 Arg10:10");
+  EXPECT_STREQ(tavMsgCatGetVar(handle, 2, "x", nullptr),
+               "Percent:% Arg1:x Arg2:??? Arg3:??? Arg4:??? Arg5:??? Arg6:??? Arg7:??? "
+               "Arg8:??? Arg9:??? Arg10:???");
+  tavMsgCatClose(handle);
+  tavMsgCatClose(nullptr);
+  EXPECT_STREQ(tavMsgCatGet(nullptr, 1), "");
+}
+
+TEST(MessageCatalogCFunctions, ProxyBufferHoldsTheLongestMessage) {
+  const std::string half(TAV_MSG_MAX_LENGTH / 2 + 7, 'q');
+  const char* const table[] = {"[TAV_MSGTAB_SIGNATURE] 2", "%1%1"};
+  TavClMessageCatalogProxy* handle = tavMsgCatOpenOrUseStringTable(nullptr, table, 2);
+  EXPECT_EQ(std::string(tavMsgCatGetVar(handle, 1, half.c_str(), nullptr)),
+            std::string(TAV_MSG_MAX_LENGTH, 'q'));
+  tavMsgCatClose(handle);
+}
+
+TEST(LanguageId, LocaleNames) {
+  const struct {
+    const char* locale;
+    uint16_t id;
+  } cases[] = {
+      {"de_DE.UTF-8", 1031},
+      {"de_CH", 2055},
+      {"de", 1031},
+      {"de_XX", 1031},
+      {"EN_us", 1033},
+      {"en_GB@euro", 2057},
+      {"fr_FR.ISO-8859-1", 1036},
+      {"pt_BR", 1046},
+      {"C", 1033},
+      {"C.UTF-8", 1033},
+      {"POSIX", 1033},
+      {"", 1033},
+      {nullptr, 1033},
+      {"xx_YY", 0},
+      {"d", 0},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.locale != nullptr ? c.locale : "(null)");
+    EXPECT_EQ(tav::languageIdFromLocaleName(c.locale), c.id);
+  }
+  char territory[tav::kLocaleNameSize];
+  char language[tav::kLocaleNameSize];
+  ASSERT_TRUE(tav::localeNamesFromLanguageId(2055, territory, language));
+  EXPECT_STREQ(territory, "de_CH");
+  EXPECT_STREQ(language, "de");
+  ASSERT_TRUE(tav::localeNamesFromLanguageId(0x1c07, territory, language));  // unknown variant
+  EXPECT_STREQ(territory, "");
+  EXPECT_STREQ(language, "de");
+  EXPECT_FALSE(tav::localeNamesFromLanguageId(0, territory, language));
+}
+
+// The library's own catalog, found beside the library although the tests run elsewhere.
+class MessageCatalogModule : public testing::Test {
+ protected:
+  void SetUp() override {
+    const char* expected = std::getenv("TAV_TEST_CATALOG_LANGUAGE");
+    if (expected == nullptr) GTEST_SKIP() << "run through ctest, which sets the language";
+    expectedLanguage = static_cast<unsigned int>(std::strtoul(expected, nullptr, 10));
+  }
+  bool german() const { return expectedLanguage == 1031; }
+
+  unsigned int expectedLanguage = 0;
+  TavClMessageCatalog catalog{TavClFilename(TAV_MSG_LIBRARY_CATALOG)};
+};
+
+TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguage) {
+  ASSERT_TRUE(catalog.isModuleLoaded());
+  EXPECT_EQ(catalog.getLanguage(), expectedLanguage);
+  EXPECT_STREQ(TavClMessage(catalog, 3).getText(), german() ? "JA" : "YES");
+  EXPECT_STREQ(TavClMessage(catalog, 18).getText(), german() ? "Hilfe" : "Help");
+  EXPECT_STREQ(TavClMessage(catalog, 2, kLetters).getText(),
+               german() ? "Prozent:% Var1:a Var2:b Var3:c Var4:d Var5:e Var6:f Var7:g Var8:h "
+                          "Var9:i Var10:j"
+                        : "Percent:% Arg1:a Arg2:b Arg3:c Arg4:d Arg5:e Arg6:f Arg7:g Arg8:h "
+                          "Arg9:i Arg10:j");
+  EXPECT_STREQ(TavClMessage(catalog, 2, "%1", nullptr).getText(),
+               german() ? "Prozent:% Var1:%1 Var2:??? Var3:??? Var4:??? Var5:??? Var6:??? "
+                          "Var7:??? Var8:??? Var9:??? Var10:???"
+                        : "Percent:% Arg1:%1 Arg2:??? Arg3:??? Arg4:??? Arg5:??? Arg6:??? "
+                          "Arg7:??? Arg8:??? Arg9:??? Arg10:???");
+}
+
+TEST_F(MessageCatalogModule, MissingIdsGiveTheCatalogNotice) {
+  ASSERT_TRUE(catalog.isModuleLoaded());
+  for (unsigned long id : {0ul, 200ul, 221ul, 4000000000ul}) {
+    SCOPED_TRACE(id);
+    const TavClMessage message(catalog, id);
+    EXPECT_FALSE(message.isMessageLoaded());
+    EXPECT_EQ(std::string(message.getText()), "UNABLE TO LOAD MESSAGE #" + std::to_string(id) +
+                                                  " FROM CATALOG: " + catalog.getFileName());
+  }
+  TavClMessageCatalogProxy* handle = tavMsgCatOpen(TAV_MSG_LIBRARY_CATALOG);
+  ASSERT_NE(handle, nullptr);
+  EXPECT_FALSE(tavMsgCatIsValid(handle, 200));
+  EXPECT_TRUE(tavMsgCatIsValid(handle, 199));
+  EXPECT_EQ(tavMsgCatGetLanguage(handle), expectedLanguage);
+  TavClMessageCatalogProxy* attached = tavMsgCatOpenAttach(&catalog);
+  ASSERT_NE(attached, nullptr);
+  EXPECT_STREQ(tavMsgCatGet(attached, 4), german() ? "NEIN" : "NO");
+  tavMsgCatClose(attached);
+  tavMsgCatClose(handle);
+}
+
+// The English catalog holds the built-in table's texts, the error names included; line ends
+// are compared as "\n", which the Windows message table writes as "\r\n".
+TEST_F(MessageCatalogModule, EnglishCatalogMatchesTheBuiltInTable) {
+  ASSERT_TRUE(catalog.isModuleLoaded());
+  if (german()) GTEST_SKIP() << "the German catalog is a translation";
+  TavClMessageCatalog table{TavClFilename("no-such-catalog")};
+  table.useStringTable(builtIn(), TAV_MSG_BUILTIN_TABLE_SIZE);
+  for (unsigned long id = 1; id < TAV_MSG_BUILTIN_TABLE_SIZE; ++id) {
+    if (id >= 200 && id < 220) continue;  // reserved ids are no messages
+    SCOPED_TRACE(id);
+    const TavClMessage message(catalog, id);
+    std::string text = message.getText();
+    for (size_t crlf; (crlf = text.find("\r\n")) != std::string::npos;) text.erase(crlf, 1);
+    EXPECT_TRUE(message.isMessageLoaded());
+    EXPECT_EQ(text, TavClMessage(table, id).getText());
+  }
+}
+
+}  // namespace

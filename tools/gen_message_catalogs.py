@@ -1,0 +1,180 @@
+#!/usr/bin/env python3
+"""Generate the library's message catalogs from their one source.
+
+Source: src/msg/catalog/tav_messages.txt (the texts, English and German) and
+headers/tav_error_ids.h (the names of the error ids, classes, severities and actions, which are
+the same in every language and are therefore not written in the message source).
+
+Outputs, all into --out:
+  tav_msg_builtin_texts.inc  TAV_MSG_TEXT(id, "text") for each English text of the source; the
+                             built-in table takes the error names from the header itself.
+  tavmsg.mc                  the Windows message source, both languages, encoded as code page
+                             1252; every text ends with "%0", so that the system's formatter
+                             adds no line end after it.
+  tavmsg_en.msg, tavmsg_de.msg  X/Open catalog sources for gencat (set 1), UTF-8.
+
+Checks, each of which stops the script with an error and writes nothing: an id given twice or
+outside 1-199 and 220, a language other than en and de, a German text without English one, a
+"%" that is neither "%%" nor "%1" to "%10" (the two platforms expand only those alike), a text
+line that is a lone "." (it would end the message in the Windows source), and a catalog that
+does not cover every message 1-199 and 220.
+
+Usage: tools/gen_message_catalogs.py --source FILE --error-ids FILE --out DIR
+"""
+
+import argparse
+import json
+import os
+import re
+import sys
+
+LANGUAGES = {"en": ("English", 0x409), "de": ("German", 0x407)}
+EXPECTED_IDS = set(range(1, 200)) | {220}
+ERROR_LIST_ENTRY = re.compile(r"\bX\((\w+),\s*-?\d+,\s*(\d+)\)")
+SOURCE_LINE = re.compile(r'^(\d+)?\s+(\w+)\s+"(.*)"\s*$')
+PLACEHOLDER = re.compile(r"%(%|10|[1-9](?!\d))")
+
+
+def fail(message):
+    sys.exit("gen_message_catalogs: " + message)
+
+
+def read_error_names(path):
+    names = {}
+    with open(path, encoding="utf-8") as header:
+        for name, message in ERROR_LIST_ENTRY.findall(header.read()):
+            names[int(message)] = name
+    if len(names) != 149 - 47 + 1:
+        fail(f"{path}: expected the names of messages 47 to 149, found {len(names)}")
+    return names
+
+
+def read_messages(path):
+    messages = {}  # id -> {language: text}
+    current = None
+    with open(path, encoding="utf-8") as source:
+        for number, line in enumerate(source, 1):
+            line = line.rstrip("\n")
+            if not line.strip() or line.lstrip().startswith("#"):
+                continue
+            match = SOURCE_LINE.match(line)
+            if not match:
+                fail(f"{path}:{number}: not a message line")
+            if match.group(1) is not None:
+                current = int(match.group(1))
+                if current in messages:
+                    fail(f"{path}:{number}: message {current} given twice")
+                messages[current] = {}
+            elif current is None:
+                fail(f"{path}:{number}: a continuation line before any message")
+            language = match.group(2)
+            if language not in LANGUAGES:
+                fail(f"{path}:{number}: unknown language {language}")
+            if language in messages[current]:
+                fail(f"{path}:{number}: a second {language} text for message {current}")
+            text = json.loads('"' + match.group(3) + '"')
+            check_text(f"{path}:{number}", text)
+            messages[current][language] = text
+    for message_id, texts in messages.items():
+        if "en" not in texts:
+            fail(f"message {message_id} has no English text")
+    return messages
+
+
+def check_text(where, text):
+    rest = PLACEHOLDER.sub("", text)
+    if "%" in rest:
+        fail(f"{where}: a '%' that is neither '%%' nor '%1' to '%10'")
+    if any(line == "." for line in text.split("\n")):
+        fail(f"{where}: a line holding only '.'")
+
+
+def merge(messages, error_names):
+    for message_id in error_names:
+        if message_id in messages:
+            fail(f"message {message_id} is an error name and comes from the header")
+    catalog = {i: dict(texts) for i, texts in messages.items()}
+    for message_id, name in error_names.items():
+        catalog[message_id] = {"en": name}
+    if set(catalog) != EXPECTED_IDS:
+        missing = sorted(EXPECTED_IDS - set(catalog))
+        extra = sorted(set(catalog) - EXPECTED_IDS)
+        fail(f"the catalog must hold messages 1-199 and 220; missing {missing}, extra {extra}")
+    for texts in catalog.values():
+        texts.setdefault("de", texts["en"])
+    return catalog
+
+
+def c_string(text):
+    out = []
+    for char in text:
+        if char in '"\\':
+            out.append("\\" + char)
+        elif char == "\n":
+            out.append("\\n")
+        elif ord(char) < 128:
+            out.append(char)
+        else:
+            out.extend(f"\\{byte:03o}" for byte in char.encode("utf-8"))
+    return '"' + "".join(out) + '"'
+
+
+def builtin_texts(messages):
+    lines = ["// Generated by tools/gen_message_catalogs.py from tav_messages.txt; do not edit.\n"]
+    for message_id in sorted(messages):
+        lines.append(f"TAV_MSG_TEXT({message_id}, {c_string(messages[message_id]['en'])})\n")
+    return "".join(lines)
+
+
+def windows_source(catalog):
+    out = ["; Generated by tools/gen_message_catalogs.py; do not edit.\n"]
+    for language, (name, number) in LANGUAGES.items():
+        out.append(f"LanguageNames=({name}=0x{number:x}:MSG{number:05x})\n")
+    for message_id in sorted(catalog):
+        out.append(f"\nMessageId={message_id}\n")
+        for language, (name, _) in LANGUAGES.items():
+            out.append(f"Language={name}\n{catalog[message_id][language]}%0\n.\n")
+    return "".join(out)
+
+
+def gencat_source(catalog, language):
+    out = ["$ Generated by tools/gen_message_catalogs.py; do not edit.\n", '$quote "\n', "$set 1\n"]
+    for message_id in sorted(catalog):
+        text = catalog[message_id][language]
+        text = text.replace("\\", "\\\\").replace('"', '\\"').replace("\n", "\\n")
+        out.append(f'{message_id} "{text}"\n')
+    return "".join(out)
+
+
+def write(path, text, encoding):
+    temporary = path + ".tmp"
+    with open(temporary, "w", encoding=encoding, newline="\n") as output:
+        output.write(text)
+    os.replace(temporary, path)
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--source", required=True)
+    parser.add_argument("--error-ids", required=True)
+    parser.add_argument("--out", required=True)
+    args = parser.parse_args()
+
+    messages = read_messages(args.source)
+    catalog = merge(messages, read_error_names(args.error_ids))
+    windows = windows_source(catalog)
+    try:
+        windows.encode("cp1252")
+    except UnicodeEncodeError as error:
+        fail(f"a text cannot be written in code page 1252: {error}")
+
+    os.makedirs(args.out, exist_ok=True)
+    write(os.path.join(args.out, "tav_msg_builtin_texts.inc"), builtin_texts(messages), "utf-8")
+    write(os.path.join(args.out, "tavmsg.mc"), windows, "cp1252")
+    for language in LANGUAGES:
+        write(os.path.join(args.out, f"tavmsg_{language}.msg"), gencat_source(catalog, language),
+              "utf-8")
+
+
+if __name__ == "__main__":
+    main()
