@@ -147,6 +147,10 @@ TEST(LanguageId, LocaleNames) {
   ASSERT_TRUE(tav::localeNamesFromLanguageId(2055, territory, language));
   EXPECT_STREQ(territory, "de_CH");
   EXPECT_STREQ(language, "de");
+  // Croatian, Serbian and Bosnian share a primary id: each territory keeps its own language.
+  ASSERT_TRUE(tav::localeNamesFromLanguageId(0x041a, territory, language));
+  EXPECT_STREQ(territory, "hr_HR");
+  EXPECT_STREQ(language, "hr");
   ASSERT_TRUE(tav::localeNamesFromLanguageId(0x1c07, territory, language));  // unknown variant
   EXPECT_STREQ(territory, "");
   EXPECT_STREQ(language, "de");

@@ -13,7 +13,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <mutex>
+#include <initializer_list>
 
 #include "../tav_language_id.h"
 #include "../tav_message_substitution.h"
@@ -46,7 +46,9 @@ struct tav::os::CatalogModule : public TavClMemoryManagedObject {
   char directory[TAV_PATH_BUFFER_SIZE];  // with its final '/'
   char baseName[TAV_PATH_BUFFER_SIZE];
   nl_catd neutral = kNoCatalog;
-  std::mutex mutex;  // guards the language list, which lookups fill on first use
+  // Filled while the catalog is opened, when its language is probed on the opening thread;
+  // afterwards lookups ask only for the chosen language and just read the list, so a catalog
+  // can be shared between threads without a lock.
   struct Language {
     uint16_t id;
     nl_catd catalog;
@@ -63,7 +65,6 @@ struct tav::os::CatalogModule : public TavClMemoryManagedObject {
   }
 
   nl_catd catalogFor(uint16_t languageId) {
-    std::lock_guard<std::mutex> lock(mutex);
     for (size_t i = 0; i < languageCount; ++i) {
       if (languages[i].id == languageId) return languages[i].catalog;
     }
@@ -107,6 +108,8 @@ CatalogModule* openCatalogModule(const char* path) {
     delete module;
     return nullptr;
   }
+  // English is the last resort of the language probing and is used without a probe.
+  module->catalogFor(tav::kLanguageIdEnglishUS);
   return module;
 }
 
