@@ -97,9 +97,14 @@ TEST(DirectoryWalk, PredicatesOnAPopulatedDirectory) {
     EXPECT_EQ(s.matchesTxt, e.matchesTxt);
     EXPECT_EQ(s.withPath, scratch.text() + e.name);
     EXPECT_EQ(s.readOnly, std::string(e.name) == "locked");
-    // Hidden: a leading dot on POSIX, the attribute on Windows.
+    // Hidden: a leading dot on POSIX, the attribute on Windows (which Wine also gives to
+    // names with a leading dot, so those are left out there).
     const bool dotted = e.name[0] == '.' && e.name[1] != '\0' && std::string(e.name) != "..";
-    EXPECT_EQ(s.hidden, kNativeIsSlash ? dotted : std::string(e.name) == "plain");
+    if (kNativeIsSlash) {
+      EXPECT_EQ(s.hidden, dotted);
+    } else if (!dotted) {
+      EXPECT_EQ(s.hidden, std::string(e.name) == "plain");
+    }
   }
 }
 
