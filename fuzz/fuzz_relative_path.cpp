@@ -48,8 +48,9 @@ void checkStyle(const char* text, const char* current, TavEnPathStyle style) {
   if (ok && (expected.empty() || expected.back() != separator)) {
     fail("an expanded text ends with the separator", text, current);
   }
-  // An absolute result has nothing left to expand.
-  if (ok && !tav::path::isRelativePathIn(buffer.get(), style)) {
+  // Expanding an absolute text leaves nothing to expand. (A result built on an arbitrary
+  // working directory may keep that directory's oddities, such as doubled separators.)
+  if (ok && !tav::path::isRelativePathIn(text, style)) {
     const auto again = callerBuffer(buffer.get());
     if (!tav::path::expandRelativePathIn(again.get(), style, current) ||
         std::strcmp(again.get(), buffer.get()) != 0) {

@@ -145,7 +145,8 @@ FsStatus renameNoReplace(const char* from, const char* to) {
 }
 
 FsStatus copyToNewFile(const char* source, const char* target) {
-  const int from = ::open(source, O_RDONLY | O_CLOEXEC);
+  // Without O_NONBLOCK, opening a FIFO would wait for a writer; it is refused below instead.
+  const int from = ::open(source, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (from < 0) return statusFromErrno(errno);
   struct stat status;
   if (::fstat(from, &status) != 0 || !S_ISREG(status.st_mode)) {
