@@ -161,13 +161,6 @@ TEST(RelativePath, AgreesWithThePlainImplementationOnRandomTexts) {
   }
 }
 
-TEST(RelativePath, SubDirectoriesAreTheSeparatorsBelowTheRoot) {
-  EXPECT_EQ(tav::path::countSubDirectories("\\a\\b\\", '\\'), 2u);
-  EXPECT_EQ(tav::path::countSubDirectories("/", '/'), 0u);
-  EXPECT_EQ(tav::path::countSubDirectories("", '/'), 0u);
-  EXPECT_EQ(tav::path::countSubDirectories("/a/b/", '\\'), 0u);
-}
-
 TEST(RelativePath, NativeExpansionStartsFromTheWorkingDirectory) {
   const tav::test::ScratchDirectory scratch;
   scratch.makeDirectory("sub");
