@@ -1,9 +1,15 @@
-// tav_fs_os.h - the operating-system calls of the file-name classes.
+// tav_fs_os.h - the operating-system calls of the file-system classes.
 //
-// Implemented once per platform in posix/ and win32/; the generic files call only these.
+// Implemented once per platform in posix/ and win32/; the generic files call only these. Each
+// failure is reported as one FsStatus, mapped from errno or GetLastError in one place per
+// platform.
 
 #ifndef TAV_FS_OS_H
 #define TAV_FS_OS_H
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
 
 #include "tav_filename.h"
 
@@ -19,6 +25,69 @@ bool pathExists(const char* path);
 // ending with a null entry; and the directory to use when none of them is set.
 const char* const* temporaryDirectoryVariables();
 const char* fallbackTemporaryDirectory();
+
+// How a file-system call failed, as far as the callers tell failures apart.
+enum class FsStatus {
+  ok,
+  notFound,       // the name (or a directory on its way) does not exist
+  accessDenied,   // not permitted, read-only, or in use
+  alreadyExists,  // the name to be created exists
+  failed,         // anything else
+};
+
+// The separators of a list of directories in an environment variable.
+const char* pathListSeparators();
+
+// The current working directory without a final separator (except for a root) into a buffer of
+// size characters; false when it does not fit or cannot be read.
+bool currentDirectory(char* buffer, size_t size);
+FsStatus changeDirectory(const char* path);
+FsStatus makeDirectory(const char* path);
+FsStatus removeDirectory(const char* path);
+bool isDirectory(const char* path);
+
+struct FileTimes {
+  time_t creation;
+  time_t lastAccess;
+  time_t lastModification;
+};
+bool fileTimes(const char* path, FileTimes* times);
+bool fileSize(const char* path, uint64_t* size);
+// The hidden attribute; on POSIX a base name beginning with '.' (not "." or "..") of a name
+// that exists.
+bool isHidden(const char* path);
+// Writing is not allowed (a name that does not exist counts).
+bool isReadOnly(const char* path);
+bool setReadOnly(const char* path, bool readOnly);
+
+FsStatus removeFile(const char* path);
+// Renames without ever replacing: alreadyExists when to exists.
+FsStatus renameNoReplace(const char* from, const char* to);
+// Copies the bytes and the permissions of source to target, which must not exist
+// (alreadyExists when it does). A failed copy removes what it made of target.
+FsStatus copyToNewFile(const char* source, const char* target);
+// Moves source over target in one step: target is replaced whole or not at all.
+FsStatus replaceFile(const char* source, const char* target);
+
+// One entry of a directory search.
+struct DirectoryEntry {
+  const char* name;   // valid until the next step of the search
+  bool directory;     // of the entry itself, a link not followed
+  bool symbolicLink;  // a symbolic link or other reparse point
+  bool hidden;
+  bool readOnlyKnown;  // when false, ask isReadOnly with the entry's full name
+  bool readOnly;
+};
+
+struct DirectorySearch;
+enum class SearchStep { entry, end, failed };
+
+// Starts a search of a directory (a text ending with its separator; the empty text is the
+// current directory) and fills the first entry. Null when the directory cannot be read. The
+// search state is allocated through the memory manager, so this may throw when memory runs out.
+DirectorySearch* openDirectorySearch(const char* directory, DirectoryEntry* first);
+SearchStep nextDirectoryEntry(DirectorySearch* search, DirectoryEntry* entry);
+void closeDirectorySearch(DirectorySearch* search);
 
 }  // namespace tav::os
 

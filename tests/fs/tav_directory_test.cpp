@@ -1,0 +1,168 @@
+// Directories: construction with expansion, create with missing parents, remove and remove a
+// tree, the current directory, and moving up and down.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tav_file.h"
+#include "tav_fs_scratch.h"
+
+namespace {
+
+using tav::test::ScratchDirectory;
+
+const char kSep = TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_SLASH ? '/' : '\\';
+
+void expectError(const _TavStError& error, uint32_t id, TavEnErrorClass errorClass) {
+  EXPECT_EQ(error.id, id);
+  EXPECT_EQ(error.errorClass, errorClass);
+}
+
+// The root of the scratch directory's file system: "/" or "C:\\".
+std::string rootOf(const ScratchDirectory& scratch) {
+  const std::string text = scratch.text();
+  return text.substr(0, text[0] == '/' ? 1 : 3);
+}
+
+TEST(Directory, ConstructionNormalisesAndExpands) {
+  const ScratchDirectory scratch;
+  const tav::test::CurrentDirectoryChange change(scratch.text());
+  EXPECT_STREQ(TavClDirectory().getName(), scratch.text().c_str());
+  // Both separators are accepted and the result uses the native one.
+  EXPECT_EQ(std::string(TavClDirectory("sub/../x\\y").getName()),
+            scratch.text() + "x" + kSep + "y" + kSep);
+  EXPECT_EQ(std::string(TavClDirectory(TavClLocation("a/./b")).getName()),
+            scratch.text() + "a" + kSep + "b" + kSep);
+  const TavClFile file(scratch.path("f").c_str());
+  EXPECT_EQ(std::string(TavClDirectory(file).getName()), scratch.path("f") + kSep);
+  // An absolute directory without dot components stays as given.
+  EXPECT_EQ(std::string(TavClDirectory(scratch.text().c_str()).getName()), scratch.text());
+
+  const TavClDirectory aboveRoot((rootOf(scratch) + ".." + kSep).c_str());
+  expectError(aboveRoot.getLastError(), DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
+  EXPECT_STREQ(aboveRoot.getName(), "");
+  EXPECT_FALSE(aboveRoot.isExistent());
+}
+
+TEST(Directory, CreateMakesEveryMissingParent) {
+  const ScratchDirectory scratch;
+  scratch.makeDirectory("a");
+  TavClDirectory nested(scratch.path("a/b/c").c_str());
+  EXPECT_FALSE(nested.isExistent());
+  ASSERT_TRUE(nested.create());
+  EXPECT_EQ(nested.getLastError().id, static_cast<uint32_t>(NO_ERROR));
+  EXPECT_TRUE(std::filesystem::is_directory(scratch.path("a/b/c")));
+  EXPECT_TRUE(nested.isExistent());
+  EXPECT_TRUE(nested.create());  // nothing left to make
+
+  scratch.writeFile("file", "");
+  TavClDirectory underFile(scratch.path("file/sub").c_str());
+  EXPECT_FALSE(underFile.create());
+  expectError(underFile.getLastError(), DIRECTORY_COULD_NOT_CREATE, TAV_CLASS_IO_NOT_EXISTENT);
+  TavClDirectory isFile(scratch.path("file").c_str());
+  EXPECT_FALSE(isFile.create());
+}
+
+TEST(Directory, RemoveOnlyAnEmptyDirectory) {
+  const ScratchDirectory scratch;
+  scratch.writeFile("full/f", "");
+  scratch.makeDirectory("empty");
+  TavClDirectory full(scratch.path("full").c_str());
+  EXPECT_FALSE(full.remove());
+  expectError(full.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
+  EXPECT_FALSE(full.removeAll(false));
+  EXPECT_TRUE(scratch.exists("full/f"));
+
+  TavClDirectory empty(scratch.path("empty").c_str());
+  ASSERT_TRUE(empty.remove());
+  EXPECT_EQ(empty.getLastError().id, static_cast<uint32_t>(NO_ERROR));
+  EXPECT_FALSE(scratch.exists("empty"));
+  EXPECT_FALSE(empty.remove());
+  expectError(empty.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
+}
+
+TEST(Directory, RemoveATreeWithFilesAndSubDirectories) {
+  const ScratchDirectory scratch;
+  scratch.writeFile("tree/a.txt", "a");
+  scratch.writeFile("tree/sub/b.txt", "b");
+  scratch.writeFile("tree/sub/deeper/c", "c");
+  scratch.writeFile("tree/x.y/d", "d");
+  scratch.writeFile("tree/..z/e", "e");
+  scratch.writeFile("tree/.git/f", "f");
+  scratch.writeFile("tree/sub/read-only", "r");
+  scratch.makeDirectory("tree/empty");
+  TavClFile(scratch.path("tree/sub/read-only").c_str()).setReadOnly(true);
+  scratch.writeFile("outside/kept", "k");
+  // A link to a directory is removed, and what it points to is kept.
+  std::error_code noLinks;
+  std::filesystem::create_directory_symlink(scratch.path("outside"), scratch.path("tree/link"),
+                                            noLinks);
+
+  TavClDirectory tree(scratch.path("tree").c_str());
+  ASSERT_TRUE(tree.removeAll(true));
+  EXPECT_FALSE(scratch.exists("tree"));
+  EXPECT_EQ(scratch.readFile("outside/kept"), "k");
+}
+
+TEST(Directory, SetAsCurrent) {
+  const ScratchDirectory scratch;
+  scratch.makeDirectory("here");
+  const tav::test::CurrentDirectoryChange restore(scratch.text());
+  TavClDirectory here(scratch.path("here").c_str());
+  ASSERT_TRUE(here.setAsCurrent());
+  EXPECT_EQ(std::filesystem::current_path().string(), scratch.path("here"));
+  TavClDirectory missing(scratch.path("missing").c_str());
+  EXPECT_FALSE(missing.setAsCurrent());
+  expectError(missing.getLastError(), DIRECTORY_COULD_NOT_CHANGE, TAV_CLASS_IO_NOT_EXISTENT);
+  // A success clears the record.
+  EXPECT_TRUE(here.setAsCurrent());
+}
+
+TEST(Directory, AttachAndDetachSubDirectories) {
+  const ScratchDirectory scratch;
+  TavClDirectory directory(scratch.text().c_str());
+  const unsigned int depth = directory.getNumOfSubDirs();
+  EXPECT_GT(depth, 0u);
+
+  directory.attachSubDir(TavClLocation("a/b"));
+  EXPECT_EQ(std::string(directory.getName()), scratch.path("a/b") + kSep);
+  EXPECT_EQ(directory.getNumOfSubDirs(), depth + 2);
+  directory.attachSubDir(TavClLocation("../c/./d"));
+  EXPECT_EQ(std::string(directory.getName()), scratch.path("a/c/d") + kSep);
+
+  // Climbing above the root changes nothing.
+  std::string up;
+  for (unsigned int i = 0; i <= depth + 3; ++i) up += "../";
+  directory.attachSubDir(TavClLocation(up.c_str()));
+  expectError(directory.getLastError(), DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
+  EXPECT_EQ(std::string(directory.getName()), scratch.path("a/c/d") + kSep);
+
+  ASSERT_TRUE(directory.detachLastSubDir());
+  EXPECT_EQ(directory.getLastError().id, static_cast<uint32_t>(NO_ERROR));
+  EXPECT_EQ(std::string(directory.getName()), scratch.path("a/c") + kSep);
+  ASSERT_TRUE(directory.detachSubDirs(2));
+  EXPECT_EQ(std::string(directory.getName()), scratch.text());
+
+  ASSERT_TRUE(directory.detachSubDirs(depth));
+  EXPECT_EQ(std::string(directory.getName()), rootOf(scratch));
+  EXPECT_EQ(directory.getNumOfSubDirs(), 0u);
+  EXPECT_FALSE(directory.detachLastSubDir());
+  expectError(directory.getLastError(), DIRECTORY_COULD_NOT_DETACH, TAV_CLASS_LOGIC);
+
+  TavClDirectory again(scratch.text().c_str());
+  EXPECT_FALSE(again.detachSubDirs(depth + 1));
+  EXPECT_EQ(std::string(again.getName()), rootOf(scratch));
+}
+
+TEST(Directory, DatesOfTheDirectory) {
+  const ScratchDirectory scratch;
+  const TavClDirectory directory(scratch.text().c_str());
+  EXPECT_NE(directory.getDateTimeOfLastModification(), 0);
+  EXPECT_NE(directory.getDateTimeOfCreation(), 0);
+  EXPECT_NE(directory.getDateTimeOfLastAccess(), 0);
+  EXPECT_EQ(TavClDirectory(scratch.path("missing").c_str()).getDateTimeOfLastModification(), 0);
+}
+
+}  // namespace

@@ -1,0 +1,110 @@
+// tav_fs_scratch.h - a temporary directory that a test creates, fills and removes again.
+//
+// Set-up and checks go through std::filesystem and the standard streams, not through the
+// classes under test. The directory lies under the system's temporary directory; its text
+// ends with the native separator, as a TavClLocation does.
+
+#ifndef TAV_FS_SCRATCH_H
+#define TAV_FS_SCRATCH_H
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <system_error>
+
+#include "tav_process.h"
+
+namespace tav::test {
+
+class ScratchDirectory {
+ public:
+  ScratchDirectory() {
+    static std::atomic<unsigned> counter{0};
+    const std::string name = "tav-fs-" + std::to_string(TavClProcessProperty().getId()) + "-" +
+                             std::to_string(counter++);
+    root = std::filesystem::temp_directory_path() / name;
+    std::filesystem::remove_all(root);
+    std::filesystem::create_directories(root);
+    // The working directory the library reads is the resolved one.
+    root = std::filesystem::canonical(root);
+  }
+  ~ScratchDirectory() {
+    makeWritable();
+    std::error_code ignored;
+    std::filesystem::remove_all(root, ignored);
+  }
+  ScratchDirectory(const ScratchDirectory&) = delete;
+  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
+
+  // The directory text with its final separator.
+  std::string text() const {
+    std::string result = root.string();
+    result += static_cast<char>(std::filesystem::path::preferred_separator);
+    return result;
+  }
+  // A name inside, given with '/' separators, in the native style.
+  std::string path(const std::string& relative) const {
+    return (root / std::filesystem::path(relative).make_preferred()).string();
+  }
+
+  void writeFile(const std::string& relative, const std::string& contents) const {
+    std::filesystem::create_directories(std::filesystem::path(path(relative)).parent_path());
+    std::ofstream out(path(relative), std::ios::binary | std::ios::trunc);
+    out << contents;
+    ASSERT_TRUE(out.good()) << relative;
+  }
+  void makeDirectory(const std::string& relative) const {
+    std::filesystem::create_directories(path(relative));
+  }
+  std::string readFile(const std::string& relative) const {
+    std::ifstream in(path(relative), std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  }
+  bool exists(const std::string& relative) const { return std::filesystem::exists(path(relative)); }
+  // The number of entries directly inside (without "." and "..").
+  size_t countEntries(const std::string& relative = "") const {
+    size_t count = 0;
+    for (auto it = std::filesystem::directory_iterator(
+             relative.empty() ? root : std::filesystem::path(path(relative)));
+         it != std::filesystem::directory_iterator(); ++it) {
+      ++count;
+    }
+    return count;
+  }
+
+ private:
+  // Read-only files cannot be removed on Windows.
+  void makeWritable() const {
+    std::error_code ignored;
+    for (auto it = std::filesystem::recursive_directory_iterator(root, ignored);
+         it != std::filesystem::recursive_directory_iterator(); it.increment(ignored)) {
+      std::filesystem::permissions(it->path(), std::filesystem::perms::owner_write,
+                                   std::filesystem::perm_options::add, ignored);
+    }
+  }
+
+  std::filesystem::path root;
+};
+
+// Changes the working directory for the lifetime of the object.
+class CurrentDirectoryChange {
+ public:
+  explicit CurrentDirectoryChange(const std::string& directory)
+      : previous(std::filesystem::current_path()) {
+    std::filesystem::current_path(directory);
+  }
+  ~CurrentDirectoryChange() { std::filesystem::current_path(previous); }
+  CurrentDirectoryChange(const CurrentDirectoryChange&) = delete;
+  CurrentDirectoryChange& operator=(const CurrentDirectoryChange&) = delete;
+
+ private:
+  std::filesystem::path previous;
+};
+
+}  // namespace tav::test
+
+#endif  // TAV_FS_SCRATCH_H
