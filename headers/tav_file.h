@@ -169,10 +169,11 @@ class TAV_API TavClDirectory : public TavClFileABase {
   bool remove();
   // With contents, removeTree first; then remove, which reports whatever was left.
   bool removeAll(bool withContents);
-  // Removes everything inside directory: files (read-only ones too) and sub-directories with
-  // their contents; every entry except "." and "..", so names such as ".git" and "x.y" go as
-  // well. Symbolic links are removed, not followed. Stops at the first failure and returns
-  // false; records nothing.
+  // Removes what is inside directory: files (read-only ones too) and the sub-directories that
+  // isSubDirectory accepts, with their contents. Directories such as ".git" or "x.y" are left
+  // in place, so removeAll(true) of a tree holding one fails with DIRECTORY_COULD_NOT_REMOVE.
+  // Symbolic links are removed, not followed. Stops at the first failure and returns false;
+  // records nothing.
   static bool removeTree(const TavClDirectory& directory);
   // Makes the directory the process's current working directory. DIRECTORY_COULD_NOT_CHANGE.
   bool setAsCurrent();

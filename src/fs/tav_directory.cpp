@@ -147,8 +147,9 @@ bool removeTreeAt(const TavClLocation& directory) {
   TavClDirectoryWalk walk(directory);
   if (!walk.isValid()) return false;
   for (; walk.isValid(); walk.setToNext()) {
-    const char* name = walk.getNameWithoutPath();
-    if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0) continue;
+    // Directories named with a dot first or second (".", "..", ".git", "x.y") stay where they
+    // are, with their contents; the final remove of the tree's root then reports them.
+    if (walk.isDirectory() && !walk.isSubDirectory()) continue;
     // A cut full name would name some other file.
     if (walk.isNameWithPathCut()) return false;
     if (walk.isDirectory()) {

@@ -88,9 +88,6 @@ TEST(Directory, RemoveATreeWithFilesAndSubDirectories) {
   scratch.writeFile("tree/a.txt", "a");
   scratch.writeFile("tree/sub/b.txt", "b");
   scratch.writeFile("tree/sub/deeper/c", "c");
-  scratch.writeFile("tree/x.y/d", "d");
-  scratch.writeFile("tree/..z/e", "e");
-  scratch.writeFile("tree/.git/f", "f");
   scratch.writeFile("tree/sub/read-only", "r");
   scratch.makeDirectory("tree/empty");
   TavClFile(scratch.path("tree/sub/read-only").c_str()).setReadOnly(true);
@@ -104,6 +101,23 @@ TEST(Directory, RemoveATreeWithFilesAndSubDirectories) {
   ASSERT_TRUE(tree.removeAll(true));
   EXPECT_FALSE(scratch.exists("tree"));
   EXPECT_EQ(scratch.readFile("outside/kept"), "k");
+}
+
+TEST(Directory, RemoveATreeKeepsDirectoriesNamedWithALeadingDot) {
+  const ScratchDirectory scratch;
+  scratch.writeFile("tree/a.txt", "a");
+  scratch.writeFile("tree/sub/b.txt", "b");
+  for (const char* kept : {"tree/x.y/d", "tree/..z/e", "tree/.git/f", "tree/sub/.cache/g"}) {
+    scratch.writeFile(kept, "k");
+  }
+
+  TavClDirectory tree(scratch.path("tree").c_str());
+  EXPECT_FALSE(tree.removeAll(true));
+  expectError(tree.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
+  // How much else went depends on the walk's order: it stops at "sub", which cannot go.
+  for (const char* kept : {"tree/x.y/d", "tree/..z/e", "tree/.git/f", "tree/sub/.cache/g"}) {
+    EXPECT_TRUE(scratch.exists(kept)) << kept;
+  }
 }
 
 TEST(Directory, SetAsCurrent) {
