@@ -76,6 +76,7 @@ TAV_EXTERN_C_END
 
 #include <ostream>
 
+#include "tav_file.h"
 #include "tav_filename.h"
 #include "tav_memmgr.h"
 
@@ -83,7 +84,8 @@ namespace tav::os {
 struct CatalogModule;
 }
 
-class TAV_API TavClMessageCatalog : public TavClMemoryManagedObject {
+/* The file part holds the catalog module's name (getName). */
+class TAV_API TavClMessageCatalog : public TavClFile {
  public:
   /* The catalog of the empty name: it has no module, and serves a table once one is given. */
   TavClMessageCatalog();
@@ -91,7 +93,7 @@ class TAV_API TavClMessageCatalog : public TavClMemoryManagedObject {
    * A name without a path is looked for beside the library first, then where the platform
    * looks for it (the current directory on POSIX). */
   explicit TavClMessageCatalog(const TavClFilenameABase& name);
-  virtual ~TavClMessageCatalog();
+  ~TavClMessageCatalog() override;
   TavClMessageCatalog(const TavClMessageCatalog&) = delete;
   TavClMessageCatalog& operator=(const TavClMessageCatalog&) = delete;
 
@@ -101,7 +103,6 @@ class TAV_API TavClMessageCatalog : public TavClMemoryManagedObject {
   /* Every id but 0. */
   static bool isValidMessageId(unsigned long id);
 
-  const char* getFileName() const { return fileName.getAsCString(); }
   bool isModuleLoaded() const { return isLoaded; }
   bool isDefault() const { return isDefaultCatalog; }
   /* The language every lookup uses; 0 without a module. */
@@ -131,7 +132,6 @@ class TAV_API TavClMessageCatalog : public TavClMemoryManagedObject {
   uint16_t languageId = 0;
   bool languageFound = false;
   uint32_t stringTableSignatureCount = 0;
-  TavClFilename fileName;
 };
 
 /* One message text with its variables put in. Texts of up to kInlineLength characters live

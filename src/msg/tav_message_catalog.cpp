@@ -36,13 +36,13 @@ tav::os::CatalogModule* openModule(const TavClFilename& name) {
 
 }  // namespace
 
-TavClMessageCatalog::TavClMessageCatalog() : isDefaultCatalog(true) {
-  fileName.setNewExtension(tav::os::catalogModuleExtension());
+TavClMessageCatalog::TavClMessageCatalog() : TavClFile(TavClFilename()), isDefaultCatalog(true) {
+  name.setNewExtension(tav::os::catalogModuleExtension());
   init();
 }
 
-TavClMessageCatalog::TavClMessageCatalog(const TavClFilenameABase& name) : fileName(name) {
-  fileName.setNewExtension(tav::os::catalogModuleExtension());
+TavClMessageCatalog::TavClMessageCatalog(const TavClFilenameABase& fileName) : TavClFile(fileName) {
+  name.setNewExtension(tav::os::catalogModuleExtension());
   init();
 }
 
@@ -54,7 +54,7 @@ TavClMessageCatalog::~TavClMessageCatalog() {
 // process: the texts are meant to be shown in the user's conventions.
 void TavClMessageCatalog::init() {
   std::setlocale(LC_ALL, "");
-  moduleHandle = openModule(fileName);
+  moduleHandle = openModule(name);
   isLoaded = moduleHandle != nullptr;
   if (!isLoaded) return;
   languageFound = true;
@@ -107,8 +107,8 @@ bool TavClMessageCatalog::lookUp(unsigned long id,
   size_t written = tav::substituteMessageVariables(
       out, TAV_MSG_MAX_LENGTH, isLoaded ? kMissingMessageNotice : kMissingCatalogNotice,
       noticeVariables, 1);
-  const size_t nameLength = fileName.getLength();  // at most TAV_PATH_MAX_LENGTH
-  std::memcpy(out + written, fileName.getAsCString(), nameLength + 1);
+  const size_t nameLength = name.getLength();  // at most TAV_PATH_MAX_LENGTH
+  std::memcpy(out + written, name.getAsCString(), nameLength + 1);
   *length = written + nameLength;
   return false;
 }

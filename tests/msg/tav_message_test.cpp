@@ -49,7 +49,7 @@ TEST(Message, FailureNoticesNameTheCatalog) {
   TableCatalog table(kSmallTable, kSmallTableSize);
   const TavClMessage beyondTable(table.catalog, kSmallTableSize);
   EXPECT_EQ(std::string(beyondTable.getText()),
-            std::string("UNABLE TO LOAD MESSAGE CATALOG: ") + table.catalog.getFileName());
+            std::string("UNABLE TO LOAD MESSAGE CATALOG: ") + table.catalog.getName());
   EXPECT_FALSE(beyondTable.isMessageLoaded());
 
   // Every id below the size loads, the signature line and a null entry included.

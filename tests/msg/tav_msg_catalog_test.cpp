@@ -90,7 +90,7 @@ TEST(MessageCatalogCFunctions, StringTableHandle) {
   EXPECT_STREQ(tavMsgCatGet(handle, 17), "Usage");
   EXPECT_TRUE(tavMsgCatIsValid(handle, 220));
   EXPECT_FALSE(tavMsgCatIsValid(handle, 221));
-  const std::string catalogName = handle->getCatalog()->getFileName();
+  const std::string catalogName = handle->getCatalog()->getName();
   EXPECT_TRUE(catalogName == "msgs.cat" || catalogName == "msgs.DLL") << catalogName;
   EXPECT_EQ(tavMsgCatGet(handle, 221), "UNABLE TO LOAD MESSAGE CATALOG: " + catalogName);
 
@@ -195,7 +195,7 @@ TEST_F(MessageCatalogModule, MissingIdsGiveTheCatalogNotice) {
     const TavClMessage message(catalog, id);
     EXPECT_FALSE(message.isMessageLoaded());
     EXPECT_EQ(std::string(message.getText()), "UNABLE TO LOAD MESSAGE #" + std::to_string(id) +
-                                                  " FROM CATALOG: " + catalog.getFileName());
+                                                  " FROM CATALOG: " + catalog.getName());
   }
   TavClMessageCatalogProxy* handle = tavMsgCatOpen(TAV_MSG_LIBRARY_CATALOG);
   ASSERT_NE(handle, nullptr);
