@@ -22,6 +22,8 @@
 
 namespace {
 
+#include "tav_trace_demo_golden.inc"
+
 using tav::test::scratchFileName;
 using tav::test::TestTraceEnvironment;
 
@@ -292,6 +294,18 @@ TEST(TraceFormatter, DefaultFormatGolden) {
             "   P: 42, T: 1003, D: LOW, C: 1\n"
             "   Data:  (FX: Nesting level: 0\n"
             ")\n");
+}
+
+// The demo program's trace, formatted as the demo prints it.
+TEST(TraceFormatter, DemoTraceGolden) {
+  const std::string bytes(kDemoTrace, sizeof(kDemoTrace) - 1);
+  EXPECT_EQ(formatBytes(bytes, TavClTraceEnvironment::kDefaultFormat), kDemoTraceDefaultText);
+  EXPECT_EQ(formatBytes(bytes, "%x %f %m %d",
+                        [](TavClTraceFormatter& f) {
+                          f.setDisplayIndentation("|  ");
+                          f.enableNesting(true);
+                        }),
+            kDemoTraceNestedText);
 }
 
 TEST(TraceFormatter, Filters) {
