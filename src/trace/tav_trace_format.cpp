@@ -152,6 +152,38 @@ double extendedToDouble(const uint8_t* bytes) {
 
 }  // namespace
 
+// The output helpers come first, so that the formatting below can inline them.
+inline void TavClTraceFormatter::displayBuffer(const char* text, size_t length) {
+  while (length > 0) {
+    if (outputLength == kOutputBufferSize) flushOutput();
+    const size_t room = kOutputBufferSize - outputLength;
+    const size_t take = length < room ? length : room;
+    std::memcpy(outputBuffer + outputLength, text, take);
+    outputLength += take;
+    text += take;
+    length -= take;
+  }
+}
+
+inline void TavClTraceFormatter::displayText(const char* text) {
+  if (text != nullptr) displayBuffer(text, std::strlen(text));
+}
+
+inline void TavClTraceFormatter::displayChar(char c) {
+  if (outputLength == kOutputBufferSize) flushOutput();
+  outputBuffer[outputLength++] = c;
+}
+
+inline void TavClTraceFormatter::displayUnsigned(uint64_t value) {
+  char digits[20];
+  size_t count = 0;
+  do {
+    digits[sizeof(digits) - ++count] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  displayBuffer(digits + sizeof(digits) - count, count);
+}
+
 TavClTraceFormatter::TavClTraceFormatter(TavClTraceEnvironment& environment,
                                          const TavClTraceFilter* filter)
     : TavClTraceFormatter(static_cast<TavClTraceEnvironmentABase&>(environment), filter) {
@@ -307,7 +339,10 @@ void TavClTraceFormatter::walkFormat(std::istream& input, const TavClTraceFileEn
     if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInFormat);
     const char c = *cursor;
     if (c != '%' && c != '\\') {
-      displayChar(c);
+      // Plain text up to the next directive goes out in one piece.
+      const size_t run = std::strcspn(cursor, "%\\");
+      displayBuffer(cursor, run);
+      cursor += run - 1;
       continue;
     }
     const char directive = cursor[1];
@@ -569,37 +604,6 @@ const char* TavClTraceFormatter::getMessage(unsigned long messageNumber) {
   if (message != nullptr) return message->setNewMessageId(messageNumber);
   if (messageNumber >= tavMsgCatGetBuiltInStringTableSize()) return "";
   return tavMsgCatGetBuiltInStringTable()[messageNumber];
-}
-
-void TavClTraceFormatter::displayBuffer(const char* text, size_t length) {
-  while (length > 0) {
-    if (outputLength == kOutputBufferSize) flushOutput();
-    const size_t room = kOutputBufferSize - outputLength;
-    const size_t take = length < room ? length : room;
-    std::memcpy(outputBuffer + outputLength, text, take);
-    outputLength += take;
-    text += take;
-    length -= take;
-  }
-}
-
-void TavClTraceFormatter::displayText(const char* text) {
-  if (text != nullptr) displayBuffer(text, std::strlen(text));
-}
-
-void TavClTraceFormatter::displayChar(char c) {
-  if (outputLength == kOutputBufferSize) flushOutput();
-  outputBuffer[outputLength++] = c;
-}
-
-void TavClTraceFormatter::displayUnsigned(uint64_t value) {
-  char digits[20];
-  size_t count = 0;
-  do {
-    digits[sizeof(digits) - ++count] = static_cast<char>('0' + value % 10);
-    value /= 10;
-  } while (value != 0);
-  displayBuffer(digits + sizeof(digits) - count, count);
 }
 
 void TavClTraceFormatter::displayLineBreak() {
