@@ -2,6 +2,8 @@
 //
 //   tav_trace_demo               runs the traced work under the key "tavdemo"
 //   tav_trace_demo --count FILE  reads a trace file back and counts its records by type
+//   tav_trace_demo --format FILE prints a trace file in the default format
+//   tav_trace_demo --nested FILE prints it one line a record, indented by function nesting
 //
 // Tracing is off unless the environment switches it on, for example:
 //
@@ -13,10 +15,13 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
+#include <iostream>
 #include <map>
 #include <vector>
 
+#include "tav_error.h"
 #include "tav_trace.h"
+#include "tav_trace_formatter.h"
 
 namespace {
 
@@ -97,11 +102,15 @@ int runTracedWork() {
 // how to decode them.
 class ReadingEnvironment : public TavClTraceEnvironmentABase {
  public:
-  ReadingEnvironment() : TavClTraceEnvironmentABase("tavdemo", nullptr) {}
+  explicit ReadingEnvironment(const char* fileName = "")
+      : TavClTraceEnvironmentABase("tavdemo", nullptr), fileName(fileName) {}
   bool isCompressionEnabled() const override { return false; }
   uint64_t getBufferSize() const override { return UINT32_MAX; }
-  const char* getTraceFileName() const override { return ""; }
+  const char* getTraceFileName() const override { return fileName; }
   bool isVerbose() const override { return false; }
+
+ private:
+  const char* fileName;
 };
 
 int countRecords(const char* fileName) {
@@ -127,12 +136,35 @@ int countRecords(const char* fileName) {
   return 0;
 }
 
+// Prints a trace file as text. The nested display puts each record on one line, shifted right
+// by one indentation per function level.
+int formatTrace(const char* fileName, bool nested) {
+  ReadingEnvironment environment(fileName);
+  TavClTraceFormatter formatter(environment);
+  if (nested) {
+    formatter.setFormatString("%x %f %m %d");
+    formatter.setDisplayIndentation("|  ");
+    formatter.enableNesting(true);
+  }
+  try {
+    formatter.format(std::cout);
+  } catch (const TavClExceptionFatal& failure) {
+    std::cout.flush();
+    std::fprintf(stderr, "%s: %s (%s); check that the file is a complete trace file\n", fileName,
+                 failure.getCause(), failure.getModule());
+    return 1;
+  }
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   if (argc == 3 && std::strcmp(argv[1], "--count") == 0) return countRecords(argv[2]);
+  if (argc == 3 && std::strcmp(argv[1], "--format") == 0) return formatTrace(argv[2], false);
+  if (argc == 3 && std::strcmp(argv[1], "--nested") == 0) return formatTrace(argv[2], true);
   if (argc != 1) {
-    std::fprintf(stderr, "usage: %s [--count TRACEFILE]\n", argv[0]);
+    std::fprintf(stderr, "usage: %s [--count|--format|--nested TRACEFILE]\n", argv[0]);
     return 2;
   }
   return runTracedWork();

@@ -16,3 +16,9 @@ TAVDEMO_TRACE_ACTIVE=on TAVDEMO_TRACE_DETAIL=high TAVDEMO_TRACE_AUTOCLEAR=on \
   TAVDEMO_TRACE_FILE="$trace_file" ./out/demo/bin/tav_trace_demo
 echo "trace file: $trace_file, $(wc -c <"$trace_file") bytes"
 ./out/demo/bin/tav_trace_demo --count "$trace_file"
+echo
+echo "--- the trace in the default format"
+./out/demo/bin/tav_trace_demo --format "$trace_file"
+echo
+echo "--- the trace one line a record, indented by function nesting"
+./out/demo/bin/tav_trace_demo --nested "$trace_file"

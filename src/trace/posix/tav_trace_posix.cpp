@@ -1,4 +1,4 @@
-// tav_trace_posix.cpp - the trace file writer's file calls on POSIX.
+// tav_trace_posix.cpp - the trace file calls on POSIX.
 //
 // Only code valid on every POSIX system belongs here.
 
@@ -58,6 +58,37 @@ bool truncateTraceFile(int handle, uint64_t size, int* errorNumber) {
   } while (result == -1 && errno == EINTR);
   if (result == -1) *errorNumber = errno;
   return result == 0;
+}
+
+int openTraceFileForRead(const char* name, int* errorNumber) {
+  int handle;
+  do {
+    handle = ::open(name, O_RDONLY | O_CLOEXEC);
+  } while (handle == -1 && errno == EINTR);
+  if (handle == -1) {
+    *errorNumber = errno;
+    return -1;
+  }
+  // POSIX opens a directory for reading; Windows does not. Refuse it here too, so that both
+  // report it when opening rather than on the first read.
+  struct stat status {};
+  if (::fstat(handle, &status) == -1 || S_ISDIR(status.st_mode)) {
+    *errorNumber = S_ISDIR(status.st_mode) ? EISDIR : errno;
+    ::close(handle);
+    return -1;
+  }
+  return handle;
+}
+
+int64_t readTraceFile(int handle, uint8_t* buffer, uint64_t capacity, int* errorNumber) {
+  const size_t chunk =
+      capacity > SSIZE_MAX ? static_cast<size_t>(SSIZE_MAX) : static_cast<size_t>(capacity);
+  ssize_t result;
+  do {
+    result = ::read(handle, buffer, chunk);
+  } while (result == -1 && errno == EINTR);
+  if (result == -1) *errorNumber = errno;
+  return static_cast<int64_t>(result);
 }
 
 int closeTraceFile(int handle) { return ::close(handle) == 0 ? 0 : -1; }

@@ -1,4 +1,4 @@
-// tav_trace_win32.cpp - the trace file writer's file calls on Windows.
+// tav_trace_win32.cpp - the trace file calls on Windows.
 //
 // Only code valid on every Windows system belongs here. The C runtime's low-level calls keep
 // the handles and error numbers the same as on POSIX.
@@ -11,6 +11,15 @@
 #include "../tav_trace_os.h"
 
 namespace tav::os {
+
+namespace {
+
+bool isDirectory(const char* name) {
+  struct _stat64 status {};
+  return ::_stat64(name, &status) == 0 && (status.st_mode & _S_IFDIR) != 0;
+}
+
+}  // namespace
 
 int openTraceFileForAppend(const char* name, int* errorNumber) {
   const int handle = ::_open(name, _O_WRONLY | _O_APPEND | _O_CREAT | _O_BINARY | _O_NOINHERIT,
@@ -47,6 +56,21 @@ bool truncateTraceFile(int handle, uint64_t size, int* errorNumber) {
   const errno_t result = ::_chsize_s(handle, static_cast<__int64>(size));
   if (result != 0) *errorNumber = result;
   return result == 0;
+}
+
+int openTraceFileForRead(const char* name, int* errorNumber) {
+  const int handle = ::_open(name, _O_RDONLY | _O_BINARY | _O_NOINHERIT);
+  if (handle == -1) *errorNumber = errno == EACCES && isDirectory(name) ? EISDIR : errno;
+  return handle;
+}
+
+int64_t readTraceFile(int handle, uint8_t* buffer, uint64_t capacity, int* errorNumber) {
+  // _read takes an unsigned int count.
+  constexpr uint64_t kMaxChunk = 1u << 30;
+  const auto chunk = static_cast<unsigned int>(capacity > kMaxChunk ? kMaxChunk : capacity);
+  const int result = ::_read(handle, buffer, chunk);
+  if (result == -1) *errorNumber = errno;
+  return result;
 }
 
 int closeTraceFile(int handle) { return ::_close(handle) == 0 ? 0 : -1; }
