@@ -11,21 +11,13 @@
 #include <sstream>
 #include <string>
 
+#include "fuzz_trace_environment.h"
 #include "tav_error.h"
 #include "tav_trace_formatter.h"
 
 namespace {
 
 constexpr std::size_t kMaxInputSize = 1 << 16;
-
-class FuzzEnvironment : public TavClTraceEnvironmentABase {
- public:
-  FuzzEnvironment() : TavClTraceEnvironmentABase("fuzz", nullptr) {}
-  bool isCompressionEnabled() const override { return false; }
-  std::uint64_t getBufferSize() const override { return 65535 - 48; }
-  const char* getTraceFileName() const override { return ""; }
-  bool isVerbose() const override { return false; }
-};
 
 // Discards the text, counting it, so that the formatter's output costs nothing.
 class CountingBuffer : public std::streambuf {
@@ -47,7 +39,7 @@ class CountingBuffer : public std::streambuf {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0 || size > kMaxInputSize) return 0;
-  static FuzzEnvironment environment;
+  static tav_fuzz::TraceEnvironment environment;
   const std::uint8_t switches = data[0];
   TavClTraceFormatter formatter(environment);
   formatter.enableNesting((switches & 1) != 0);

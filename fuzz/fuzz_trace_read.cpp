@@ -12,20 +12,12 @@
 #include <sstream>
 #include <string>
 
+#include "fuzz_trace_environment.h"
 #include "tav_trace_entry.h"
 
 namespace {
 
 constexpr std::size_t kMaxInputSize = 1 << 16;
-
-class FuzzEnvironment : public TavClTraceEnvironmentABase {
- public:
-  FuzzEnvironment() : TavClTraceEnvironmentABase("fuzz", nullptr) {}
-  bool isCompressionEnabled() const override { return false; }
-  std::uint64_t getBufferSize() const override { return 65535 - 48; }
-  const char* getTraceFileName() const override { return ""; }
-  bool isVerbose() const override { return false; }
-};
 
 void fail(const char* what, std::size_t record) {
   std::fprintf(stderr, "record %zu: %s\n", record, what);
@@ -42,7 +34,7 @@ void checkText(const char* text, std::uint64_t length, std::size_t record) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size > kMaxInputSize) return 0;
-  static FuzzEnvironment environment;
+  static tav_fuzz::TraceEnvironment environment;
   std::istringstream input(std::string(reinterpret_cast<const char*>(data), size));
   // On the heap, so that a write past the entry's end is caught.
   std::unique_ptr<TavClTraceFileEntry> entry(new TavClTraceFileEntry(environment));

@@ -1,5 +1,6 @@
 // bench_trace_common.h - what the trace benchmarks share: the message and origin every record
-// carries, and spdlog, the logger a program would otherwise pick, when its headers are there.
+// carries, a fixed trace environment, scratch file names, and spdlog, the logger a program would
+// otherwise pick, when its headers are there.
 
 #ifndef BENCH_TRACE_COMMON_H
 #define BENCH_TRACE_COMMON_H
@@ -12,10 +13,47 @@
 #define TAV_BENCH_HAVE_SPDLOG 1
 #endif
 
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <utility>
+
+#include "tav_process.h"
+#include "tav_trace_environment_base.h"
+
 namespace tav::bench {
 
 constexpr const char* kMessage = "value of the counter after reset";  // 32 characters
 constexpr const char* kOrigin = "Session::restart";                   // 16 characters
+constexpr uint64_t kDefaultBufferSize = 65535;                        // a trace buffer's default
+
+// Settings fixed by the benchmark instead of read from the environment; quiet.
+class BenchEnvironment : public TavClTraceEnvironmentABase {
+ public:
+  explicit BenchEnvironment(bool compress, uint64_t bufferSize = kDefaultBufferSize,
+                            std::string fileName = std::string())
+      : TavClTraceEnvironmentABase("bench", nullptr),
+        compress(compress),
+        bufferSize(bufferSize),
+        fileName(std::move(fileName)) {}
+  bool isCompressionEnabled() const override { return compress; }
+  // The buffer's own header takes 48 of its bytes.
+  uint64_t getBufferSize() const override { return bufferSize - 48; }
+  const char* getTraceFileName() const override { return fileName.c_str(); }
+  bool isVerbose() const override { return false; }
+
+ private:
+  bool compress;
+  uint64_t bufferSize;
+  std::string fileName;
+};
+
+// A trace file in the temporary directory, named after stem and this process.
+inline std::string benchFileName(const std::string& stem) {
+  return (std::filesystem::temp_directory_path() /
+          ("tav_bench_" + stem + "_" + std::to_string(TavClProcessProperty().getId()) + ".trc"))
+      .string();
+}
 
 }  // namespace tav::bench
 

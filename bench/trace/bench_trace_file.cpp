@@ -12,41 +12,20 @@
 #include <string>
 #include <vector>
 
-#include "tav_process.h"
+#include "bench_trace_common.h"
 #include "tav_trace_buffer.h"
 
 namespace {
 
-constexpr const char* kMessage = "value of the counter after reset";
-constexpr const char* kOrigin = "Session::restart";
+using tav::bench::BenchEnvironment;
+using tav::bench::benchFileName;
+using tav::bench::kMessage;
+using tav::bench::kOrigin;
 constexpr uint64_t kBytesPerIteration = 8 << 20;
-
-std::string benchFileName(const char* stem) {
-  return (std::filesystem::temp_directory_path() /
-          (std::string("tav_bench_") + stem + "_" + std::to_string(TavClProcessProperty().getId()) +
-           ".trc"))
-      .string();
-}
-
-class FileEnvironment : public TavClTraceEnvironmentABase {
- public:
-  FileEnvironment(uint64_t bufferSize, std::string fileName)
-      : TavClTraceEnvironmentABase("bench", nullptr),
-        bufferSize(bufferSize),
-        fileName(std::move(fileName)) {}
-  bool isCompressionEnabled() const override { return false; }
-  uint64_t getBufferSize() const override { return bufferSize - 48; }
-  const char* getTraceFileName() const override { return fileName.c_str(); }
-  bool isVerbose() const override { return false; }
-
- private:
-  uint64_t bufferSize;
-  std::string fileName;
-};
 
 void BM_RingToFile(benchmark::State& state) {
   const auto bufferSize = static_cast<uint64_t>(state.range(0));
-  FileEnvironment environment(bufferSize, benchFileName("ring"));
+  BenchEnvironment environment(false, bufferSize, benchFileName("ring"));
   std::vector<uint64_t> memory(bufferSize / 8 + 1);
   TavClTraceBufferManager manager(environment, memory.data(), bufferSize);
   TavClTraceFileWriter writer(environment);
@@ -69,7 +48,7 @@ void BM_RingToFile(benchmark::State& state) {
 
 void BM_Fwrite(benchmark::State& state) {
   // The same record bytes, taken from a record built once.
-  FileEnvironment environment(65535, benchFileName("fwrite"));
+  BenchEnvironment environment(false, 65535, benchFileName("fwrite"));
   uint64_t data = 7;
   const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 7, TAV_TRACE_TYPE_UINT64, kOrigin,
                               kMessage, &data, sizeof(data));

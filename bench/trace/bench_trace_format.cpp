@@ -17,7 +17,6 @@
 #include <vector>
 
 #include "bench_trace_common.h"
-#include "tav_process.h"
 #include "tav_trace_formatter.h"
 
 namespace {
@@ -28,22 +27,6 @@ class NullBuffer : public std::streambuf {
  protected:
   int_type overflow(int_type c) override { return traits_type::not_eof(c); }
   std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
-};
-
-class FormatEnvironment : public TavClTraceEnvironmentABase {
- public:
-  FormatEnvironment(bool compress, std::string fileName)
-      : TavClTraceEnvironmentABase("bench", nullptr),
-        compress(compress),
-        fileName(std::move(fileName)) {}
-  bool isCompressionEnabled() const override { return compress; }
-  uint64_t getBufferSize() const override { return 65535 - 48; }
-  const char* getTraceFileName() const override { return fileName.c_str(); }
-  bool isVerbose() const override { return false; }
-
- private:
-  bool compress;
-  std::string fileName;
 };
 
 // The fields of one record as a program would hold them before printing.
@@ -80,10 +63,8 @@ std::vector<Fields> recordFields() {
 class TraceFile {
  public:
   explicit TraceFile(bool compress)
-      : environment(compress, (std::filesystem::temp_directory_path() /
-                               (std::string("tav_bench_format_") + (compress ? "c_" : "p_") +
-                                std::to_string(TavClProcessProperty().getId()) + ".trc"))
-                                  .string()) {
+      : environment(compress, tav::bench::kDefaultBufferSize,
+                    tav::bench::benchFileName(compress ? "format_c" : "format_p")) {
     std::ofstream file(environment.getTraceFileName(), std::ios::binary);
     for (const Fields& f : recordFields()) {
       const void* data = &f.level;
@@ -106,7 +87,7 @@ class TraceFile {
   }
   ~TraceFile() { std::remove(environment.getTraceFileName()); }
 
-  FormatEnvironment environment;
+  tav::bench::BenchEnvironment environment;
 };
 
 void BM_TraceFormat_tav(benchmark::State& state, bool compress) {

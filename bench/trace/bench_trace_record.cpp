@@ -20,22 +20,10 @@
 
 namespace {
 
+using tav::bench::BenchEnvironment;
 using tav::bench::kMessage;
 using tav::bench::kOrigin;
-constexpr uint64_t kBufferSize = 65535;  // the default size of a trace buffer
-
-class BenchEnvironment : public TavClTraceEnvironmentABase {
- public:
-  explicit BenchEnvironment(bool compress)
-      : TavClTraceEnvironmentABase("bench", nullptr), compress(compress) {}
-  bool isCompressionEnabled() const override { return compress; }
-  uint64_t getBufferSize() const override { return kBufferSize - 48; }
-  const char* getTraceFileName() const override { return ""; }
-  bool isVerbose() const override { return false; }
-
- private:
-  bool compress;
-};
+constexpr uint64_t kBufferSize = tav::bench::kDefaultBufferSize;
 
 // A ring without a callback wraps and overwrites, so no file is ever touched.
 void BM_RecordIntoRing(benchmark::State& state, bool compress) {
