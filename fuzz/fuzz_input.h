@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 namespace tav_fuzz {
 
@@ -51,6 +52,23 @@ inline bool SplitInput(const std::uint8_t* data, std::size_t size, Input* input)
   input->textLength = static_cast<std::size_t>(textEnd - cursor);
   input->text = CopyString(cursor, input->textLength);
   return true;
+}
+
+// Splits [begin, end) at NUL bytes into at most maxFields strings, each in a block of exactly its
+// length plus the terminator; the last field runs to the end. Always at least one field.
+inline std::vector<std::unique_ptr<char[]>> SplitFields(const std::uint8_t* begin,
+                                                        const std::uint8_t* end,
+                                                        std::size_t maxFields) {
+  std::vector<std::unique_ptr<char[]>> fields;
+  const std::uint8_t* cursor = begin;
+  while (fields.size() < maxFields) {
+    const auto* fieldEnd = static_cast<const std::uint8_t*>(std::memchr(cursor, 0, end - cursor));
+    if (fieldEnd == nullptr) fieldEnd = end;
+    fields.push_back(CopyString(cursor, static_cast<std::size_t>(fieldEnd - cursor)));
+    if (fieldEnd == end) break;
+    cursor = fieldEnd + 1;
+  }
+  return fields;
 }
 
 // Writes a string as a C literal, so that a failing case can be pasted into a test.

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "../src/msg/tav_message_substitution.h"
+#include "fuzz_input.h"
 #include "tav_message.h"
 
 namespace {
@@ -31,20 +32,8 @@ void check(bool condition, const char* what) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const unsigned repeats = data[0] & 3u;
-  std::vector<std::unique_ptr<char[]>> fields;
-  const std::uint8_t* cursor = data + 1;
-  const std::uint8_t* end = data + size;
-  while (fields.size() < 11) {
-    const auto* fieldEnd = static_cast<const std::uint8_t*>(std::memchr(cursor, 0, end - cursor));
-    if (fieldEnd == nullptr) fieldEnd = end;
-    const auto length = static_cast<std::size_t>(fieldEnd - cursor);
-    std::unique_ptr<char[]> field(new char[length + 1]);
-    if (length != 0) std::memcpy(field.get(), cursor, length);
-    field[length] = '\0';
-    fields.push_back(std::move(field));
-    if (fieldEnd == end) break;
-    cursor = fieldEnd + 1;
-  }
+  // The text, then up to ten variables.
+  const auto fields = tav_fuzz::SplitFields(data + 1, data + size, 11);
   std::string text = fields[0].get();
   for (unsigned i = 0; i < repeats; ++i) text += text;
   const char* vars[TAV_MSG_VARIABLE_COUNT] = {};

@@ -12,24 +12,13 @@
 #include <vector>
 
 #include "../src/msg/tav_message_substitution.h"
+#include "fuzz_input.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const std::size_t limit = data[0];
-  std::vector<std::unique_ptr<char[]>> fields;
-  const std::uint8_t* cursor = data + 1;
-  const std::uint8_t* end = data + size;
-  while (fields.size() < 11) {
-    const auto* fieldEnd = static_cast<const std::uint8_t*>(std::memchr(cursor, 0, end - cursor));
-    if (fieldEnd == nullptr) fieldEnd = end;
-    const auto length = static_cast<std::size_t>(fieldEnd - cursor);
-    std::unique_ptr<char[]> field(new char[length + 1]);
-    if (length != 0) std::memcpy(field.get(), cursor, length);
-    field[length] = '\0';
-    fields.push_back(std::move(field));
-    if (fieldEnd == end) break;
-    cursor = fieldEnd + 1;
-  }
+  // The text, then up to ten variables.
+  const auto fields = tav_fuzz::SplitFields(data + 1, data + size, 11);
   const char* variables[10] = {};
   for (std::size_t i = 1; i < fields.size(); ++i) variables[i - 1] = fields[i].get();
 
