@@ -62,10 +62,17 @@ class TAV_API TavClFileABase : public TavClMemoryManagedObject {
   static time_t getDateTimeOfLastAccess(const char* name);
   static time_t getDateTimeOfLastModification(const char* name);
 
+  const _TavStError& getLastError() const { return lastError; }
+
  protected:
   TavClFileABase() = default;
   TavClFileABase(const TavClFileABase&) = default;
   TavClFileABase& operator=(const TavClFileABase&) = default;
+
+  void recordError(uint32_t id, TavEnErrorClass errorClass) { lastError = {id, errorClass}; }
+  void clearError() { recordError(NO_ERROR, TAV_CLASS_UNKNOWN); }
+
+  _TavStError lastError{NO_ERROR, TAV_CLASS_UNKNOWN};
 };
 
 // One file, by name. The file need not exist.
@@ -128,14 +135,8 @@ class TAV_API TavClFile : public TavClFileABase {
   // when the variable is not set or no directory holds the file.
   static bool determineFileInEnvVarPath(TavClFilename& name, const char* variable);
 
-  const _TavStError& getLastError() const { return lastError; }
-
  protected:
-  void recordError(uint32_t id, TavEnErrorClass errorClass);
-  void clearError();
-
   TavClFilename name;
-  _TavStError lastError;
 
  private:
   bool copyToName(const TavClFilenameABase& target, bool keepReadOnly);
@@ -200,14 +201,8 @@ class TAV_API TavClDirectory : public TavClFileABase {
   static bool isRelativeDirectory(const char* text) { return isRelativePath(text); }
   static bool expandRelativeDirectory(char* text) { return expandRelativePath(text); }
 
-  const _TavStError& getLastError() const { return lastError; }
-
  protected:
-  void recordError(uint32_t id, TavEnErrorClass errorClass);
-  void clearError();
-
   TavClLocation location;
-  _TavStError lastError;
 
  private:
   void initExpanded(const char* text);
@@ -264,7 +259,7 @@ class TAV_API TavClDirectoryWalk : public TavClMemoryManagedObject {
   void start(const TavClLocation& directory);
 
   TavClOSSDirectoryWalker* walker = nullptr;
-  _TavStError lastError;
+  _TavStError lastError{NO_ERROR, TAV_CLASS_UNKNOWN};
 };
 
 #endif /* __cplusplus */

@@ -25,37 +25,22 @@ size_t firstComponentOffset(const TavClLocation& location) {
 
 }  // namespace
 
-TavClDirectory::TavClDirectory() : lastError{NO_ERROR, TAV_CLASS_UNKNOWN} {
+TavClDirectory::TavClDirectory() {
   char current[TAV_PATH_BUFFER_SIZE];
-  if (tav::os::currentDirectory(current, sizeof current)) {
+  if (tav::os::currentDirectory(current, sizeof current).ok()) {
     location = TavClLocation(current);
   } else {
     recordError(DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
   }
 }
 
-TavClDirectory::TavClDirectory(const TavClLocation& source)
-    : lastError{NO_ERROR, TAV_CLASS_UNKNOWN} {
-  initExpanded(source.getAsCString());
-}
+TavClDirectory::TavClDirectory(const TavClLocation& source) { initExpanded(source.getAsCString()); }
 
-TavClDirectory::TavClDirectory(const char* text) : lastError{NO_ERROR, TAV_CLASS_UNKNOWN} {
-  initExpanded(text);
-}
+TavClDirectory::TavClDirectory(const char* text) { initExpanded(text); }
 
-TavClDirectory::TavClDirectory(const TavClFileABase& file)
-    : lastError{NO_ERROR, TAV_CLASS_UNKNOWN} {
-  initExpanded(file.getName());
-}
+TavClDirectory::TavClDirectory(const TavClFileABase& file) { initExpanded(file.getName()); }
 
 TavClDirectory::~TavClDirectory() = default;
-
-void TavClDirectory::recordError(uint32_t id, TavEnErrorClass errorClass) {
-  lastError.id = id;
-  lastError.errorClass = errorClass;
-}
-
-void TavClDirectory::clearError() { recordError(NO_ERROR, TAV_CLASS_UNKNOWN); }
 
 void TavClDirectory::initExpanded(const char* text) {
   const TavClLocation normalised(text != nullptr ? text : "", true);
@@ -88,7 +73,7 @@ bool TavClDirectory::create() {
     prefix[end] = '\0';
     if (end == 0 || tav::os::isDirectory(prefix)) continue;
     // Another process may make the same directory between the test and the call.
-    if (tav::os::makeDirectory(prefix) != tav::os::FsStatus::ok && !tav::os::isDirectory(prefix)) {
+    if (!tav::os::makeDirectory(prefix).ok() && !tav::os::isDirectory(prefix)) {
       recordError(DIRECTORY_COULD_NOT_CREATE, TAV_CLASS_IO_NOT_EXISTENT);
       return false;
     }
@@ -104,13 +89,14 @@ bool TavClDirectory::create() {
 bool TavClDirectory::remove() {
   char path[TAV_PATH_BUFFER_SIZE];
   copyWithoutSeparator(path);
-  const tav::os::FsStatus status =
-      path[0] == '\0' ? tav::os::FsStatus::notFound : tav::os::removeDirectory(path);
-  if (status == tav::os::FsStatus::ok) {
+  const tav::os::OsStatus status = path[0] == '\0'
+                                       ? tav::os::failureStatus(tav::os::OsFailure::notFound)
+                                       : tav::os::removeDirectory(path);
+  if (status.ok()) {
     clearError();
     return true;
   }
-  recordError(DIRECTORY_COULD_NOT_REMOVE, status == tav::os::FsStatus::accessDenied
+  recordError(DIRECTORY_COULD_NOT_REMOVE, status.is(tav::os::OsFailure::accessDenied)
                                               ? TAV_CLASS_IO_STILL_IN_USE
                                               : TAV_CLASS_IO_INVALID_NAME);
   return false;
@@ -125,7 +111,7 @@ namespace {
 
 bool removeFileEntry(const char* path) {
   if (tav::os::isReadOnly(path)) tav::os::setReadOnly(path, false);
-  return tav::os::removeFile(path) == tav::os::FsStatus::ok;
+  return tav::os::removeFile(path).ok();
 }
 
 bool removeTreeAt(const TavClLocation& directory);
@@ -154,7 +140,7 @@ bool removeTreeAt(const TavClLocation& directory) {
     if (walk.isNameWithPathCut()) return false;
     if (walk.isDirectory()) {
       if (!walk.isSymbolicLink() && !removeSubTree(walk.getNameWithPath())) return false;
-      if (tav::os::removeDirectory(walk.getNameWithPath()) != tav::os::FsStatus::ok) return false;
+      if (!tav::os::removeDirectory(walk.getNameWithPath()).ok()) return false;
     } else if (!removeFileEntry(walk.getNameWithPath())) {
       return false;
     }
@@ -171,7 +157,7 @@ bool TavClDirectory::removeTree(const TavClDirectory& directory) {
 
 bool TavClDirectory::setAsCurrent() {
   if (location.getLength() == 0 ||
-      tav::os::changeDirectory(location.getAsCString()) != tav::os::FsStatus::ok) {
+      !tav::os::changeDirectory(location.getAsCString()).ok()) {
     recordError(DIRECTORY_COULD_NOT_CHANGE, TAV_CLASS_IO_NOT_EXISTENT);
     return false;
   }

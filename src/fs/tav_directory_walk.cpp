@@ -59,13 +59,9 @@ bool TavClOSSDirectoryWalker::isReadOnly() const {
   return entry.readOnlyKnown ? entry.readOnly : tav::os::isReadOnly(searchBuffer);
 }
 
-TavClDirectoryWalk::TavClDirectoryWalk(const TavClLocation& directory)
-    : lastError{NO_ERROR, TAV_CLASS_UNKNOWN} {
-  start(directory);
-}
+TavClDirectoryWalk::TavClDirectoryWalk(const TavClLocation& directory) { start(directory); }
 
-TavClDirectoryWalk::TavClDirectoryWalk(const TavClDirectory& directory)
-    : lastError{NO_ERROR, TAV_CLASS_UNKNOWN} {
+TavClDirectoryWalk::TavClDirectoryWalk(const TavClDirectory& directory) {
   start(directory.getLocation());
 }
 

@@ -8,7 +8,7 @@
 #include "tav_path_text.h"
 
 TavClFile::TavClFile(const TavClFilenameABase& fileName, const char* defaultExtension)
-    : name(fileName), lastError{NO_ERROR, TAV_CLASS_UNKNOWN} {
+    : name(fileName) {
   if (*name.getExtension() == '\0' && defaultExtension != nullptr && *defaultExtension != '\0') {
     name.setNewExtension(defaultExtension);
   }
@@ -18,13 +18,6 @@ TavClFile::TavClFile(const char* fileName, const char* defaultExtension)
     : TavClFile(TavClFilename(fileName), defaultExtension) {}
 
 TavClFile::~TavClFile() = default;
-
-void TavClFile::recordError(uint32_t id, TavEnErrorClass errorClass) {
-  lastError.id = id;
-  lastError.errorClass = errorClass;
-}
-
-void TavClFile::clearError() { recordError(NO_ERROR, TAV_CLASS_UNKNOWN); }
 
 bool TavClFile::isExistent() const { return name.isExistent(); }
 
@@ -39,7 +32,7 @@ const char* TavClFile::getFileType() const {
 
 uint64_t TavClFile::getFileSize() const {
   uint64_t size = 0;
-  return tav::os::fileSize(getName(), &size) ? size : 0;
+  return tav::os::fileSize(getName(), &size).ok() ? size : 0;
 }
 
 void TavClFile::setReadOnly(bool readOnly) { tav::os::setReadOnly(getName(), readOnly); }
@@ -47,26 +40,28 @@ void TavClFile::setReadOnly(bool readOnly) { tav::os::setReadOnly(getName(), rea
 bool TavClFile::remove() {
   const bool wasReadOnly = isExistent() && isReadOnly();
   if (wasReadOnly) tav::os::setReadOnly(getName(), false);
-  const tav::os::FsStatus status = tav::os::removeFile(getName());
-  if (status == tav::os::FsStatus::ok) {
+  const tav::os::OsStatus status = tav::os::removeFile(getName());
+  if (status.ok()) {
     clearError();
     return true;
   }
   if (wasReadOnly) tav::os::setReadOnly(getName(), true);
-  recordError(FILE_COULD_NOT_REMOVE,
-              isExistent() ? TAV_CLASS_IO_PERMISSION_DENIED : TAV_CLASS_IO_NOT_EXISTENT);
+  recordError(FILE_COULD_NOT_REMOVE, status.is(tav::os::OsFailure::notFound)
+                                         ? TAV_CLASS_IO_NOT_EXISTENT
+                                         : TAV_CLASS_IO_PERMISSION_DENIED);
   return false;
 }
 
 bool TavClFile::renameAs(const TavClFilenameABase& newName) {
-  const tav::os::FsStatus status = tav::os::renameNoReplace(getName(), newName.getAsCString());
-  if (status == tav::os::FsStatus::ok) {
+  const tav::os::OsStatus status = tav::os::renameNoReplace(getName(), newName.getAsCString());
+  if (status.ok()) {
     name = newName;
     clearError();
     return true;
   }
-  recordError(FILE_COULD_NOT_RENAME,
-              newName.isExistent() ? TAV_CLASS_IO_ALREADY_IN_USE : TAV_CLASS_IO_PERMISSION_DENIED);
+  recordError(FILE_COULD_NOT_RENAME, status.is(tav::os::OsFailure::alreadyExists)
+                                         ? TAV_CLASS_IO_ALREADY_IN_USE
+                                         : TAV_CLASS_IO_PERMISSION_DENIED);
   return false;
 }
 

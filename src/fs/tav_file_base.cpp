@@ -15,7 +15,7 @@ bool TavClFileABase::isRelativePath(const char* text) {
 bool TavClFileABase::expandRelativePath(char* text) {
   if (text == nullptr) return false;
   char currentDirectory[TAV_PATH_BUFFER_SIZE];
-  if (!tav::os::currentDirectory(currentDirectory, sizeof currentDirectory)) {
+  if (!tav::os::currentDirectory(currentDirectory, sizeof currentDirectory).ok()) {
     text[0] = '\0';
     return false;
   }
@@ -26,7 +26,7 @@ namespace {
 
 tav::os::FileTimes timesOf(const char* name) {
   tav::os::FileTimes times{0, 0, 0};
-  if (name == nullptr || !tav::os::fileTimes(name, &times)) return {0, 0, 0};
+  if (name == nullptr || !tav::os::fileTimes(name, &times).ok()) return {0, 0, 0};
   return times;
 }
 

@@ -29,9 +29,9 @@ bool copyToTemporary(const char* source, const TavClFilename& target, TavClFilen
     } catch (const TavClException&) {
       return false;  // the directory leaves no room for a temporary name
     }
-    const tav::os::FsStatus status = tav::os::copyToNewFile(source, temporary->getAsCString());
-    if (status == tav::os::FsStatus::ok) return true;
-    if (status != tav::os::FsStatus::alreadyExists) return false;
+    const tav::os::OsStatus status = tav::os::copyToNewFile(source, temporary->getAsCString());
+    if (status.ok()) return true;
+    if (!status.is(tav::os::OsFailure::alreadyExists)) return false;
   }
   return false;
 }
@@ -68,9 +68,10 @@ bool TavClFile::copyToName(const TavClFilenameABase& targetName, bool keepReadOn
     recordError(FILE_COULD_NOT_COPY, TAV_CLASS_IO_PROBLEM);
     return false;
   }
-  const bool permissionsSet = keepReadOnly || tav::os::setReadOnly(temporary.getAsCString(), false);
-  if (!permissionsSet || tav::os::replaceFile(temporary.getAsCString(), target.getAsCString()) !=
-                             tav::os::FsStatus::ok) {
+  const bool permissionsSet =
+      keepReadOnly || tav::os::setReadOnly(temporary.getAsCString(), false).ok();
+  if (!permissionsSet ||
+      !tav::os::replaceFile(temporary.getAsCString(), target.getAsCString()).ok()) {
     discardTemporary(temporary);
     recordError(FILE_COULD_NOT_COPY, TAV_CLASS_IO_PROBLEM);
     return false;

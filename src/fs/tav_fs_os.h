@@ -1,8 +1,8 @@
 // tav_fs_os.h - the operating-system calls of the file-system classes.
 //
-// Implemented once per platform in posix/ and win32/; the generic files call only these. Each
-// failure is reported as one FsStatus, mapped from errno or GetLastError in one place per
-// platform.
+// Implemented once per platform in posix/ and win32/; the generic files call only these. Calls
+// that change something report how they ended as an OsStatus; questions (does it exist, is it a
+// directory, hidden, read-only) answer with a bool, a look that fails counting as "no".
 
 #ifndef TAV_FS_OS_H
 #define TAV_FS_OS_H
@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <ctime>
 
+#include "../core/tav_os_status.h"
 #include "tav_filename.h"
 
 namespace tav::os {
@@ -26,24 +27,15 @@ bool pathExists(const char* path);
 const char* const* temporaryDirectoryVariables();
 const char* fallbackTemporaryDirectory();
 
-// How a file-system call failed, as far as the callers tell failures apart.
-enum class FsStatus {
-  ok,
-  notFound,       // the name (or a directory on its way) does not exist
-  accessDenied,   // not permitted, read-only, or in use
-  alreadyExists,  // the name to be created exists
-  failed,         // anything else
-};
-
 // The separators of a list of directories in an environment variable.
 const char* pathListSeparators();
 
 // The current working directory without a final separator (except for a root) into a buffer of
-// size characters; false when it does not fit or cannot be read.
-bool currentDirectory(char* buffer, size_t size);
-FsStatus changeDirectory(const char* path);
-FsStatus makeDirectory(const char* path);
-FsStatus removeDirectory(const char* path);
+// size characters.
+OsStatus currentDirectory(char* buffer, size_t size);
+OsStatus changeDirectory(const char* path);
+OsStatus makeDirectory(const char* path);
+OsStatus removeDirectory(const char* path);
 bool isDirectory(const char* path);
 
 struct FileTimes {
@@ -51,23 +43,23 @@ struct FileTimes {
   time_t lastAccess;
   time_t lastModification;
 };
-bool fileTimes(const char* path, FileTimes* times);
-bool fileSize(const char* path, uint64_t* size);
+OsStatus fileTimes(const char* path, FileTimes* times);
+OsStatus fileSize(const char* path, uint64_t* size);
 // The hidden attribute; on POSIX a base name beginning with '.' (not "." or "..") of a name
 // that exists.
 bool isHidden(const char* path);
 // Writing is not allowed (a name that does not exist counts).
 bool isReadOnly(const char* path);
-bool setReadOnly(const char* path, bool readOnly);
+OsStatus setReadOnly(const char* path, bool readOnly);
 
-FsStatus removeFile(const char* path);
+OsStatus removeFile(const char* path);
 // Renames without ever replacing: alreadyExists when to exists.
-FsStatus renameNoReplace(const char* from, const char* to);
+OsStatus renameNoReplace(const char* from, const char* to);
 // Copies the bytes and the permissions of source to target, which must not exist
 // (alreadyExists when it does). A failed copy removes what it made of target.
-FsStatus copyToNewFile(const char* source, const char* target);
+OsStatus copyToNewFile(const char* source, const char* target);
 // Moves source over target in one step: target is replaced whole or not at all.
-FsStatus replaceFile(const char* source, const char* target);
+OsStatus replaceFile(const char* source, const char* target);
 
 // One entry of a directory search.
 struct DirectoryEntry {

@@ -27,11 +27,13 @@ tav::os::CatalogModule* openModule(const TavClFilename& name) {
     char directory[TAV_PATH_BUFFER_SIZE];
     if (tav::os::libraryDirectory(directory, sizeof directory)) {
       const TavClFilename besideLibrary(directory, name.getAsCString(), nullptr);
-      tav::os::CatalogModule* module = tav::os::openCatalogModule(besideLibrary.getAsCString());
-      if (module != nullptr) return module;
+      tav::os::CatalogModule* module = nullptr;
+      if (tav::os::openCatalogModule(besideLibrary.getAsCString(), &module).ok()) return module;
     }
   }
-  return tav::os::openCatalogModule(name.getAsCString());
+  tav::os::CatalogModule* module = nullptr;
+  tav::os::openCatalogModule(name.getAsCString(), &module);
+  return module;
 }
 
 }  // namespace
@@ -69,7 +71,8 @@ void TavClMessageCatalog::init() {
 bool TavClMessageCatalog::probe(unsigned long id) const {
   char text[TAV_MSG_MAX_LENGTH + 1];
   return tav::os::formatCatalogMessage(moduleHandle, static_cast<uint32_t>(id), languageId,
-                                       kNoVariables, text, TAV_MSG_MAX_LENGTH);
+                                       kNoVariables, text, TAV_MSG_MAX_LENGTH)
+      .ok();
 }
 
 void TavClMessageCatalog::useStringTable(const char* const* table, unsigned long size) {
@@ -91,7 +94,8 @@ bool TavClMessageCatalog::lookUp(unsigned long id,
                                  size_t* length) const {
   if (isLoaded && id <= UINT32_MAX &&
       tav::os::formatCatalogMessage(moduleHandle, static_cast<uint32_t>(id), languageId, variables,
-                                    out, TAV_MSG_MAX_LENGTH)) {
+                                    out, TAV_MSG_MAX_LENGTH)
+          .ok()) {
     *length = std::strlen(out);
     return true;
   }

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "../core/tav_os_status.h"
+
 namespace tav::os {
 
 struct CatalogModule;
@@ -17,14 +19,15 @@ struct CatalogModule;
 // ".DLL" on Windows, ".cat" on POSIX.
 const char* catalogModuleExtension();
 
-// Opens the catalog module at path; null when there is none or it cannot be read.
-CatalogModule* openCatalogModule(const char* path);
+// Opens the catalog module at path into *module; nothing is opened when the status is a failure
+// (notFound when there is no such module).
+OsStatus openCatalogModule(const char* path, CatalogModule** module);
 void closeCatalogModule(CatalogModule* module);
 
 // Writes message id in the language with the ten variables (none null) put in into out, at
-// most limit characters and a terminator. False when the module lacks the message in that
+// most limit characters and a terminator. notFound when the module lacks the message in that
 // language, which an empty text is not.
-bool formatCatalogMessage(CatalogModule* module, uint32_t id, uint16_t languageId,
+OsStatus formatCatalogMessage(CatalogModule* module, uint32_t id, uint16_t languageId,
                           const char* const variables[10], char* out, size_t limit);
 
 // The user's and the system's default language as Windows language ids.

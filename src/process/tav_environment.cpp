@@ -81,7 +81,7 @@ void TavClEnvironmentVariable::buildAssignment(const char* value) {
 
 bool TavClEnvironmentVariable::setNewValue(const char* value) {
   buildAssignment(value);
-  return tav::os::putEnvironment(assignment);
+  return tav::os::putEnvironment(assignment).ok();
 }
 
 bool TavClEnvironmentVariable::appendValue(const char* text) {

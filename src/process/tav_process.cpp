@@ -15,7 +15,9 @@ TavClProcess::TavClProcess(unsigned int processId)
 
 bool TavClProcess::kill() {
   error = {PROCESS_COULD_NOT_KILL, TAV_CLASS_INVALID_DATA};
-  if (tav::os::killProcess(processId) == tav::os::KillResult::Refused) return false;
+  // A process out of reach counts as ended: there is nothing left for the caller to end.
+  const tav::os::OsStatus status = tav::os::killProcess(processId);
+  if (!status.ok() && !status.is(tav::os::OsFailure::notFound)) return false;
   error = {NO_ERROR, TAV_CLASS_UNKNOWN};
   return true;
 }

@@ -7,23 +7,23 @@
 
 #include <cstdint>
 
+#include "../core/tav_os_status.h"
+
 namespace tav::os {
 
 uint32_t currentProcessId();
 uint32_t currentThreadId();
 
-enum class KillResult {
-  Ended,        // the process was told to end
-  Unreachable,  // no such process, or not ours to end
-  Refused,      // reached, but ending it failed
-};
-KillResult killProcess(uint32_t processId);
+// Tells the process to end: success when told; notFound when it cannot be reached (there is no
+// such process, or it is not ours to end); any other failure when it was reached but ending it
+// failed.
+OsStatus killProcess(uint32_t processId);
 
 // The value of a variable, or null.
 const char* getEnvironment(const char* name);
 // Hands an assignment to the environment: "NAME=value" sets NAME, the bare "NAME" removes it.
-// The text is copied; the caller's buffer may change afterwards. False when refused.
-bool putEnvironment(const char* assignment);
+// The text is copied; the caller's buffer may change afterwards.
+OsStatus putEnvironment(const char* assignment);
 
 }  // namespace tav::os
 

@@ -16,7 +16,7 @@
 
 #include "tav_error.h"
 #include "tav_trace_buffer.h"
-#include "tav_trace_os.h"
+#include "../fs/tav_file_io_os.h"
 
 namespace {
 
@@ -61,7 +61,10 @@ void TavClTraceFileWriter::appendHandOut(const _TavStTraceHandOut* handOut) {
 
 uint64_t TavClTraceFileWriter::writeToFile(int fileHandle, const uint8_t* bytes, uint64_t length,
                                            int* errorNumber) {
-  return tav::os::writeTraceFile(fileHandle, bytes, length, errorNumber);
+  uint64_t written = 0;
+  const tav::os::OsStatus status = tav::os::writeFile(fileHandle, bytes, length, &written);
+  if (!status.ok()) *errorNumber = status.code;
+  return written;
 }
 
 TavClTraceFileWriter::Boundaries TavClTraceFileWriter::followRecords(const uint8_t* bytes,
@@ -121,15 +124,17 @@ void TavClTraceFileWriter::append(const uint8_t* firstPiece, uint64_t firstLengt
 
   const char* fileName = environment.getTraceFileName();
   const bool verbose = environment.isVerbose();
-  int errorNumber = 0;
-  const int file = tav::os::openTraceFileForAppend(fileName, &errorNumber);
-  if (file == -1) {
-    if (verbose) report("could not open: %s (errno: %d)", fileName, errorNumber);
+  int file = -1;
+  const tav::os::OsStatus opened =
+      tav::os::openFile(fileName, tav::os::FileOpening::append, &file);
+  if (!opened.ok()) {
+    if (verbose) report("could not open: %s (errno: %d)", fileName, opened.code);
     loseHandOut(endsOnRecord);
     return;
   }
   if (verbose) report("writing file: %s", fileName);
-  int64_t size = tav::os::traceFileSize(file, &errorNumber);
+  uint64_t sizeFound = 0;
+  int64_t size = tav::os::fileSizeOf(file, &sizeFound).ok() ? static_cast<int64_t>(sizeFound) : -1;
   if (verbose) report("file exists with size: %" PRId64, size);
 
   // Lost bytes at the end of the file go first; nothing may be appended behind them.
@@ -139,6 +144,7 @@ void TavClTraceFileWriter::append(const uint8_t* firstPiece, uint64_t firstLengt
   uint64_t written = 0;
   for (const Span& piece : pieces) {
     if (failed || piece.length == 0) continue;
+    int errorNumber = 0;
     const uint64_t count = writeToFile(file, piece.bytes, piece.length, &errorNumber);
     written += count;
     if (count < piece.length) {
@@ -166,7 +172,7 @@ void TavClTraceFileWriter::append(const uint8_t* firstPiece, uint64_t firstLengt
     danglingBytes += total;  // the hand-out lies wholly inside one record
   }
 
-  const int closeStatus = tav::os::closeTraceFile(file);
+  const int closeStatus = tav::os::closeFile(file).ok() ? 0 : -1;
   if (verbose) report("bytes written: %" PRIu64 " file status: %d", written, closeStatus);
 }
 
@@ -186,10 +192,10 @@ bool TavClTraceFileWriter::cutBack(int file, int64_t* size, bool verbose) {
     danglingBytesLost = false;
     return true;
   }
-  int errorNumber = 0;
-  if (!tav::os::truncateTraceFile(file, static_cast<uint64_t>(*size - dangling), &errorNumber)) {
+  const tav::os::OsStatus cut = tav::os::truncateFile(file, static_cast<uint64_t>(*size - dangling));
+  if (!cut.ok()) {
     if (verbose) {
-      report("could not cut back: %s (errno: %d)", environment.getTraceFileName(), errorNumber);
+      report("could not cut back: %s (errno: %d)", environment.getTraceFileName(), cut.code);
     }
     return false;
   }

@@ -17,7 +17,7 @@
 #include "tav_dump.h"
 #include "tav_error.h"
 #include "tav_message.h"
-#include "tav_trace_os.h"
+#include "../fs/tav_file_io_os.h"
 
 namespace {
 
@@ -82,7 +82,7 @@ constexpr FailureSite kSites[] = {
 class TraceFileReadBuffer : public std::streambuf {
  public:
   explicit TraceFileReadBuffer(int handle) : handle(handle) {}
-  ~TraceFileReadBuffer() override { tav::os::closeTraceFile(handle); }
+  ~TraceFileReadBuffer() override { tav::os::closeFile(handle); }
   TraceFileReadBuffer(const TraceFileReadBuffer&) = delete;
   TraceFileReadBuffer& operator=(const TraceFileReadBuffer&) = delete;
 
@@ -91,12 +91,9 @@ class TraceFileReadBuffer : public std::streambuf {
  protected:
   int_type underflow() override {
     if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
-    int errorNumber = 0;
-    const int64_t count = tav::os::readTraceFile(handle, buffer, sizeof(buffer), &errorNumber);
-    if (count <= 0) {
-      if (count < 0) readFailed = true;
-      return traits_type::eof();
-    }
+    uint64_t count = 0;
+    if (!tav::os::readFile(handle, buffer, sizeof(buffer), &count).ok()) readFailed = true;
+    if (count == 0) return traits_type::eof();
     char* begin = reinterpret_cast<char*>(buffer);
     setg(begin, begin, begin + count);
     return traits_type::to_int_type(*gptr());
@@ -256,9 +253,10 @@ const char* TavClTraceFormatter::getTypeAsLongCString(uint32_t type) {
 }
 
 void TavClTraceFormatter::format(std::ostream& stream) {
-  int errorNumber = 0;
-  const int handle = tav::os::openTraceFileForRead(environment.getTraceFileName(), &errorNumber);
-  if (handle == -1) raise(TRACEFORMAT_COULD_NOT_OPEN, kLineCouldNotOpen);
+  int handle = -1;
+  if (!tav::os::openFile(environment.getTraceFileName(), tav::os::FileOpening::read, &handle).ok()) {
+    raise(TRACEFORMAT_COULD_NOT_OPEN, kLineCouldNotOpen);
+  }
   TraceFileReadBuffer file(handle);
   std::istream input(&file);
   format(input, stream);

@@ -11,86 +11,65 @@
 #include <cstdio>
 #include <cstring>
 
+#include "../tav_file_io_os.h"
 #include "../tav_fs_os.h"
 
 namespace tav::os {
 
 namespace {
 
-FsStatus statusFromErrno(int error) {
-  switch (error) {
-    case 0: return FsStatus::ok;
-    case ENOENT:
-    case ENOTDIR: return FsStatus::notFound;
-    case EACCES:
-    case EPERM:
-    case EROFS:
-    case EBUSY:
-    case ETXTBSY: return FsStatus::accessDenied;
-    case EEXIST: return FsStatus::alreadyExists;
-    default: return FsStatus::failed;
-  }
-}
-
-FsStatus statusOf(int result) { return result == 0 ? FsStatus::ok : statusFromErrno(errno); }
+OsStatus statusOf(int result) { return result == 0 ? kOsSuccess : statusFromErrno(errno); }
 
 const char* baseNameOf(const char* path) {
   const char* slash = std::strrchr(path, '/');
   return slash != nullptr ? slash + 1 : path;
 }
 
-// Writes all of count bytes, resuming after signals and short writes.
-bool writeAll(int descriptor, const char* data, size_t count) {
-  while (count != 0) {
-    const ssize_t written = ::write(descriptor, data, count);
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    data += written;
-    count -= static_cast<size_t>(written);
+OsStatus copyBytes(int from, int to) {
+  uint8_t block[64 * 1024];
+  for (;;) {
+    uint64_t count = 0;
+    const OsStatus read = readFile(from, block, sizeof block, &count);
+    if (!read.ok() || count == 0) return read;
+    uint64_t written = 0;
+    const OsStatus wrote = writeFile(to, block, count, &written);
+    if (!wrote.ok()) return wrote;
   }
-  return true;
 }
 
-bool copyBytes(int from, int to) {
-  char block[64 * 1024];
-  for (;;) {
-    const ssize_t count = ::read(from, block, sizeof block);
-    if (count == 0) return true;
-    if (count < 0) {
-      if (errno == EINTR) continue;
-      return false;
-    }
-    if (!writeAll(to, block, static_cast<size_t>(count))) return false;
-  }
+// Copies the bytes and the permission bits, and waits until they have reached the disk.
+OsStatus fillNewFile(int from, int to, mode_t mode) {
+  const OsStatus copied = copyBytes(from, to);
+  if (!copied.ok()) return copied;
+  if (::fchmod(to, mode & 07777) != 0) return statusFromErrno(errno);
+  return flushFileToDisk(to);
 }
 
 }  // namespace
 
 const char* pathListSeparators() { return ";:"; }
 
-bool currentDirectory(char* buffer, size_t size) {
-  if (::getcwd(buffer, size) == nullptr) return false;
+OsStatus currentDirectory(char* buffer, size_t size) {
+  if (::getcwd(buffer, size) == nullptr) return statusFromErrno(errno);
   const size_t length = std::strlen(buffer);
   if (length > 1 && buffer[length - 1] == '/') buffer[length - 1] = '\0';
-  return true;
+  return kOsSuccess;
 }
 
-FsStatus changeDirectory(const char* path) { return statusOf(::chdir(path)); }
+OsStatus changeDirectory(const char* path) { return statusOf(::chdir(path)); }
 
-FsStatus makeDirectory(const char* path) { return statusOf(::mkdir(path, 0777)); }
+OsStatus makeDirectory(const char* path) { return statusOf(::mkdir(path, 0777)); }
 
-FsStatus removeDirectory(const char* path) { return statusOf(::rmdir(path)); }
+OsStatus removeDirectory(const char* path) { return statusOf(::rmdir(path)); }
 
 bool isDirectory(const char* path) {
   struct stat status;
   return ::stat(path, &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-bool fileTimes(const char* path, FileTimes* times) {
+OsStatus fileTimes(const char* path, FileTimes* times) {
   struct stat status;
-  if (::stat(path, &status) != 0) return false;
+  if (::stat(path, &status) != 0) return statusFromErrno(errno);
   times->lastAccess = status.st_atime;
   times->lastModification = status.st_mtime;
   times->creation = status.st_ctime;
@@ -101,14 +80,14 @@ bool fileTimes(const char* path, FileTimes* times) {
     times->creation = static_cast<time_t>(extended.stx_btime.tv_sec);
   }
 #endif
-  return true;
+  return kOsSuccess;
 }
 
-bool fileSize(const char* path, uint64_t* size) {
+OsStatus fileSize(const char* path, uint64_t* size) {
   struct stat status;
-  if (::stat(path, &status) != 0) return false;
+  if (::stat(path, &status) != 0) return statusFromErrno(errno);
   *size = static_cast<uint64_t>(status.st_size);
-  return true;
+  return kOsSuccess;
 }
 
 bool isHidden(const char* path) {
@@ -125,54 +104,51 @@ bool isReadOnly(const char* path) {
   return (status.st_mode & S_IWUSR) == 0 || ::access(path, W_OK) != 0;
 }
 
-bool setReadOnly(const char* path, bool readOnly) {
+OsStatus setReadOnly(const char* path, bool readOnly) {
   struct stat status;
-  if (::stat(path, &status) != 0) return false;
+  if (::stat(path, &status) != 0) return statusFromErrno(errno);
   const mode_t mode = readOnly ? (status.st_mode & ~S_IWUSR) : (status.st_mode | S_IWUSR);
-  return ::chmod(path, mode & 07777) == 0;
+  return statusOf(::chmod(path, mode & 07777));
 }
 
-FsStatus removeFile(const char* path) { return statusOf(::unlink(path)); }
+OsStatus removeFile(const char* path) { return statusOf(::unlink(path)); }
 
-FsStatus renameNoReplace(const char* from, const char* to) {
+OsStatus renameNoReplace(const char* from, const char* to) {
 #if defined(RENAME_NOREPLACE)
-  if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return FsStatus::ok;
+  if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return kOsSuccess;
   if (errno != EINVAL && errno != ENOSYS) return statusFromErrno(errno);
 #endif
   // Without the kernel's help the test and the rename are two steps.
-  if (::access(to, F_OK) == 0) return FsStatus::alreadyExists;
+  if (::access(to, F_OK) == 0) return {OsFailure::alreadyExists, EEXIST};
   return statusOf(::rename(from, to));
 }
 
-FsStatus copyToNewFile(const char* source, const char* target) {
-  // Without O_NONBLOCK, opening a FIFO would wait for a writer; it is refused below instead.
-  const int from = ::open(source, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-  if (from < 0) return statusFromErrno(errno);
+OsStatus copyToNewFile(const char* source, const char* target) {
+  int from = -1;
+  const OsStatus opened = openFile(source, FileOpening::read, &from);
+  if (!opened.ok()) return opened;
   struct stat status;
   if (::fstat(from, &status) != 0 || !S_ISREG(status.st_mode)) {
-    ::close(from);
-    return FsStatus::failed;
+    closeFile(from);
+    return failureStatus(OsFailure::failed);
   }
-  const int to = ::open(target, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-  if (to < 0) {
-    const int error = errno;
-    ::close(from);
-    return statusFromErrno(error);
+  int to = -1;
+  const OsStatus created = openFile(target, FileOpening::createNew, &to);
+  if (!created.ok()) {
+    closeFile(from);
+    return created;
   }
   // The data reaches the disk before the rename makes it the target, so a crash leaves the old
   // target rather than an empty new one.
-  bool copied =
-      copyBytes(from, to) && ::fchmod(to, status.st_mode & 07777) == 0 && ::fsync(to) == 0;
-  copied = ::close(to) == 0 && copied;
-  ::close(from);
-  if (!copied) {
-    ::unlink(target);
-    return FsStatus::failed;
-  }
-  return FsStatus::ok;
+  OsStatus copied = fillNewFile(from, to, status.st_mode);
+  const OsStatus closed = closeFile(to);
+  if (copied.ok()) copied = closed;
+  closeFile(from);
+  if (!copied.ok()) ::unlink(target);
+  return copied;
 }
 
-FsStatus replaceFile(const char* source, const char* target) {
+OsStatus replaceFile(const char* source, const char* target) {
   return statusOf(::rename(source, target));
 }
 

@@ -9,6 +9,7 @@
 #include <dlfcn.h>
 #include <nl_types.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -92,41 +93,45 @@ namespace tav::os {
 
 const char* catalogModuleExtension() { return ".cat"; }
 
-CatalogModule* openCatalogModule(const char* path) {
+OsStatus openCatalogModule(const char* path, CatalogModule** opened) {
   const char* slash = std::strrchr(path, '/');
   const char* baseName = slash != nullptr ? slash + 1 : path;
-  if (std::strlen(baseName) >= TAV_PATH_BUFFER_SIZE) return nullptr;
   // catopen searches NLSPATH for a name without '/': "./" keeps it to the current directory.
   const size_t directoryLength = slash != nullptr ? static_cast<size_t>(baseName - path) : 2;
-  if (directoryLength >= TAV_PATH_BUFFER_SIZE) return nullptr;
+  if (std::strlen(baseName) >= TAV_PATH_BUFFER_SIZE || directoryLength >= TAV_PATH_BUFFER_SIZE) {
+    return failureStatus(OsFailure::invalidName);
+  }
   auto* module = new CatalogModule;
   std::memcpy(module->directory, slash != nullptr ? path : "./", directoryLength);
   module->directory[directoryLength] = '\0';
   std::strcpy(module->baseName, baseName);
   module->neutral = openCatalog(module->directory, "", module->baseName);
   if (module->neutral == kNoCatalog) {
+    const OsStatus status = statusFromErrno(errno);
     delete module;
-    return nullptr;
+    return status.ok() ? failureStatus(OsFailure::notFound) : status;
   }
   // English is the last resort of the language probing and is used without a probe.
   module->catalogFor(tav::kLanguageIdEnglishUS);
-  return module;
+  *opened = module;
+  return kOsSuccess;
 }
 
 void closeCatalogModule(CatalogModule* module) { delete module; }
 
-bool formatCatalogMessage(CatalogModule* module, uint32_t id, uint16_t languageId,
-                          const char* const variables[10], char* out, size_t limit) {
-  if (id == 0 || id > static_cast<uint32_t>(INT_MAX)) return false;
+OsStatus formatCatalogMessage(CatalogModule* module, uint32_t id, uint16_t languageId,
+                              const char* const variables[10], char* out, size_t limit) {
+  const OsStatus missing = failureStatus(OsFailure::notFound);
+  if (id == 0 || id > static_cast<uint32_t>(INT_MAX)) return missing;
   const nl_catd catalog = module->catalogFor(languageId);
-  if (catalog == kNoCatalog) return false;
+  if (catalog == kNoCatalog) return missing;
   // catgets hands back the default it was given when the message is missing, which tells a
   // missing message from an empty one.
   static const char kMissing[] = "";
   const char* text = catgets(catalog, kMessageSet, static_cast<int>(id), kMissing);
-  if (text == kMissing) return false;
+  if (text == kMissing) return missing;
   tav::substituteMessageVariables(out, limit, text, variables, 10);
-  return true;
+  return kOsSuccess;
 }
 
 // The locale variables in the order that decides the language of messages.

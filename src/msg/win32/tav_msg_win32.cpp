@@ -22,19 +22,22 @@ HMODULE asModule(CatalogModule* module) { return reinterpret_cast<HMODULE>(modul
 const char* catalogModuleExtension() { return ".DLL"; }
 
 // Loaded as a data file: a catalog's texts are read, its code (if it has any) never runs.
-CatalogModule* openCatalogModule(const char* path) {
+OsStatus openCatalogModule(const char* path, CatalogModule** opened) {
   const UINT previousMode = SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
   HMODULE module = LoadLibraryExA(path, nullptr, LOAD_LIBRARY_AS_DATAFILE);
+  const DWORD error = GetLastError();
   SetErrorMode(previousMode);
-  return reinterpret_cast<CatalogModule*>(module);
+  if (module == nullptr) return statusFromWindowsError(error);
+  *opened = reinterpret_cast<CatalogModule*>(module);
+  return kOsSuccess;
 }
 
 void closeCatalogModule(CatalogModule* module) {
   if (module != nullptr) FreeLibrary(asModule(module));
 }
 
-bool formatCatalogMessage(CatalogModule* module, uint32_t id, uint16_t languageId,
-                          const char* const variables[10], char* out, size_t limit) {
+OsStatus formatCatalogMessage(CatalogModule* module, uint32_t id, uint16_t languageId,
+                              const char* const variables[10], char* out, size_t limit) {
   DWORD_PTR inserts[kInsertCount];
   for (size_t i = 0; i < kInsertCount; ++i) {
     inserts[i] = reinterpret_cast<DWORD_PTR>(i < 10 ? variables[i] : "???");
@@ -45,14 +48,16 @@ bool formatCatalogMessage(CatalogModule* module, uint32_t id, uint16_t languageI
       asModule(module), id, languageId, reinterpret_cast<LPSTR>(&text), 0,
       reinterpret_cast<va_list*>(inserts));
   if (length == 0 || text == nullptr) {
+    const DWORD error = GetLastError();
     if (text != nullptr) LocalFree(text);
-    return false;
+    // Whatever the reason, the module has no text to give for this id and language.
+    return {OsFailure::notFound, static_cast<int32_t>(error)};
   }
   const size_t kept = length < limit ? length : limit;
   std::memcpy(out, text, kept);
   out[kept] = '\0';
   LocalFree(text);
-  return true;
+  return kOsSuccess;
 }
 
 uint16_t userDefaultLanguageId() { return GetUserDefaultLangID(); }

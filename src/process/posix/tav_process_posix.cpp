@@ -25,27 +25,31 @@ uint32_t currentThreadId() {
   return cached;
 }
 
-KillResult killProcess(uint32_t processId) {
+OsStatus killProcess(uint32_t processId) {
   // kill() gives 0 and negative ids the meaning "a whole process group"; no such id names a
   // single process, so none can be reached.
-  if (processId == 0 || processId > static_cast<uint32_t>(INT_MAX)) return KillResult::Unreachable;
-  if (::kill(static_cast<pid_t>(processId), SIGKILL) == 0) return KillResult::Ended;
-  return (errno == ESRCH || errno == EPERM) ? KillResult::Unreachable : KillResult::Refused;
+  if (processId == 0 || processId > static_cast<uint32_t>(INT_MAX)) {
+    return failureStatus(OsFailure::notFound);
+  }
+  if (::kill(static_cast<pid_t>(processId), SIGKILL) == 0) return kOsSuccess;
+  const OsStatus status = statusFromErrno(errno);
+  // A process of another user is as far out of reach as one that does not exist.
+  return status.is(OsFailure::accessDenied) ? OsStatus{OsFailure::notFound, status.code} : status;
 }
 
 const char* getEnvironment(const char* name) { return ::getenv(name); }
 
 // setenv and unsetenv copy what they are given, so the environment never points into a buffer
 // that its owner may free. Variable names are at most 40 characters.
-bool putEnvironment(const char* assignment) {
+OsStatus putEnvironment(const char* assignment) {
   const char* equals = strchr(assignment, '=');
-  if (equals == nullptr) return ::unsetenv(assignment) == 0;
+  if (equals == nullptr) return ::unsetenv(assignment) == 0 ? kOsSuccess : statusFromErrno(errno);
   char name[64];
   const size_t nameLength = static_cast<size_t>(equals - assignment);
-  if (nameLength >= sizeof(name)) return false;
+  if (nameLength >= sizeof(name)) return failureStatus(OsFailure::invalidName);
   memcpy(name, assignment, nameLength);
   name[nameLength] = '\0';
-  return ::setenv(name, equals + 1, 1) == 0;
+  return ::setenv(name, equals + 1, 1) == 0 ? kOsSuccess : statusFromErrno(errno);
 }
 
 }  // namespace tav::os

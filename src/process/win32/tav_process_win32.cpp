@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -15,12 +16,17 @@ uint32_t currentProcessId() { return GetCurrentProcessId(); }
 
 uint32_t currentThreadId() { return GetCurrentThreadId(); }
 
-KillResult killProcess(uint32_t processId) {
+OsStatus killProcess(uint32_t processId) {
   HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, processId);
-  if (process == nullptr) return KillResult::Unreachable;
+  // No such process (ERROR_INVALID_PARAMETER) or not ours (ERROR_ACCESS_DENIED): out of reach.
+  if (process == nullptr) return {OsFailure::notFound, static_cast<int32_t>(GetLastError())};
   const BOOL ended = TerminateProcess(process, 0);
+  const DWORD error = GetLastError();
   CloseHandle(process);
-  return ended ? KillResult::Ended : KillResult::Refused;
+  if (ended) return kOsSuccess;
+  // Reached, so whatever went wrong counts as a failure to end it, never as out of reach.
+  const OsStatus status = statusFromWindowsError(error);
+  return status.is(OsFailure::notFound) ? OsStatus{OsFailure::failed, status.code} : status;
 }
 
 const char* getEnvironment(const char* name) { return std::getenv(name); }
@@ -28,17 +34,17 @@ const char* getEnvironment(const char* name) { return std::getenv(name); }
 // _putenv copies its argument. It removes a variable when given "NAME=", and refuses a bare
 // name; a bare name therefore becomes "NAME=", so that removal works as on POSIX.
 // Variable names are at most 40 characters.
-bool putEnvironment(const char* assignment) {
+OsStatus putEnvironment(const char* assignment) {
   if (std::strchr(assignment, '=') == nullptr) {
     char removal[64];
     const size_t nameLength = std::strlen(assignment);
-    if (nameLength + 2 > sizeof(removal)) return false;
+    if (nameLength + 2 > sizeof(removal)) return failureStatus(OsFailure::invalidName);
     std::memcpy(removal, assignment, nameLength);
     removal[nameLength] = '=';
     removal[nameLength + 1] = '\0';
-    return _putenv(removal) != -1;
+    return _putenv(removal) != -1 ? kOsSuccess : statusFromErrno(errno);
   }
-  return _putenv(assignment) != -1;
+  return _putenv(assignment) != -1 ? kOsSuccess : statusFromErrno(errno);
 }
 
 }  // namespace tav::os
