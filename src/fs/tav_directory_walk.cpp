@@ -12,8 +12,7 @@ TavClOSSDirectoryWalker::TavClOSSDirectoryWalker(const TavClLocation& directory,
     : errorRecord(ownersRecord) {
   directoryLength = directory.getLength();
   std::memcpy(searchBuffer, directory.getAsCString(), directoryLength + 1);
-  search = tav::os::openDirectorySearch(searchBuffer, &entry);
-  if (search == nullptr) {
+  if (!tav::os::openDirectorySearch(searchBuffer, &search, &entry).ok()) {
     errorRecord->id = DIRWALK_COULD_NOT_INIT;
     errorRecord->errorClass = TAV_CLASS_IO_PROBLEM;
     invalidate();

@@ -75,9 +75,11 @@ struct DirectorySearch;
 enum class SearchStep { entry, end, failed };
 
 // Starts a search of a directory (a text ending with its separator; the empty text is the
-// current directory) and fills the first entry. Null when the directory cannot be read. The
-// search state is allocated through the memory manager, so this may throw when memory runs out.
-DirectorySearch* openDirectorySearch(const char* directory, DirectoryEntry* first);
+// current directory) into *search and fills the first entry; nothing is left open when the
+// status is a failure. The search state is allocated through the memory manager, so this may
+// throw when memory runs out.
+OsStatus openDirectorySearch(const char* directory, DirectorySearch** search,
+                             DirectoryEntry* first);
 SearchStep nextDirectoryEntry(DirectorySearch* search, DirectoryEntry* entry);
 void closeDirectorySearch(DirectorySearch* search);
 

@@ -56,18 +56,22 @@ const struct dirent* readRecord(DIR* stream) {
 
 }  // namespace
 
-DirectorySearch* openDirectorySearch(const char* directory, DirectoryEntry* first) {
+OsStatus openDirectorySearch(const char* directory, DirectorySearch** opened,
+                             DirectoryEntry* first) {
   auto* search = static_cast<DirectorySearch*>(tavMalloc(sizeof(DirectorySearch)));
   search->directoryLength = std::strlen(directory);
   std::memcpy(search->path, directory, search->directoryLength + 1);
   search->stream = ::opendir(directory[0] != '\0' ? directory : ".");
   const struct dirent* record = search->stream != nullptr ? readRecord(search->stream) : nullptr;
   if (record == nullptr) {
+    // Every directory holds "." at least: no first entry means it could not be read.
+    const OsStatus status = statusFromErrno(errno);
     closeDirectorySearch(search);
-    return nullptr;
+    return status.ok() ? failureStatus(OsFailure::failed) : status;
   }
   describe(search, record, first);
-  return search;
+  *opened = search;
+  return kOsSuccess;
 }
 
 SearchStep nextDirectoryEntry(DirectorySearch* search, DirectoryEntry* entry) {

@@ -31,7 +31,8 @@ void describe(const WIN32_FIND_DATAA& data, DirectoryEntry* entry) {
 
 }  // namespace
 
-DirectorySearch* openDirectorySearch(const char* directory, DirectoryEntry* first) {
+OsStatus openDirectorySearch(const char* directory, DirectorySearch** opened,
+                             DirectoryEntry* first) {
   constexpr char kPattern[] = "*.*";
   char pattern[TAV_PATH_BUFFER_SIZE + sizeof kPattern];
   const size_t length = std::strlen(directory);
@@ -41,11 +42,13 @@ DirectorySearch* openDirectorySearch(const char* directory, DirectoryEntry* firs
   auto* search = static_cast<DirectorySearch*>(tavMalloc(sizeof(DirectorySearch)));
   search->handle = ::FindFirstFileA(pattern, &search->data);
   if (search->handle == INVALID_HANDLE_VALUE) {
+    const OsStatus status = statusFromWindowsError(::GetLastError());
     tavFree(search);
-    return nullptr;
+    return status;
   }
   describe(search->data, first);
-  return search;
+  *opened = search;
+  return kOsSuccess;
 }
 
 SearchStep nextDirectoryEntry(DirectorySearch* search, DirectoryEntry* entry) {
