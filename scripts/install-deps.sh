@@ -7,7 +7,7 @@ task=${1:?usage: install-deps.sh demo|test}
 
 packages=(cmake ninja-build g++ python3)
 if [ "$task" = test ]; then
-  packages+=(libgtest-dev libgmock-dev libbenchmark-dev libicu-dev
+  packages+=(libgtest-dev libgmock-dev libbenchmark-dev libicu-dev pkg-config
              clang libclang-rt-14-dev
              g++-mingw-w64-x86-64 mingw-w64-common wine wine64)
 fi
