@@ -16,6 +16,11 @@
 #include "tav_error_ids.h"
 #include "tav_export.h"
 
+/* Checked printf-style arguments and functions that do not return, where the compiler can be
+ * told: GCC and clang through attributes (with MinGW the library formats with the C99 printf,
+ * not Microsoft's, so the check is against the GNU formats), MSVC's noreturn through
+ * __declspec. Any other compiler gets plain declarations. */
+#if defined(__GNUC__) || defined(__clang__)
 #if defined(__MINGW32__)
 #define TAV_PRINTF_FORMAT(format_index, first_arg) \
   __attribute__((format(gnu_printf, format_index, first_arg)))
@@ -24,6 +29,13 @@
   __attribute__((format(printf, format_index, first_arg)))
 #endif
 #define TAV_NORETURN __attribute__((__noreturn__))
+#elif defined(_MSC_VER)
+#define TAV_PRINTF_FORMAT(format_index, first_arg)
+#define TAV_NORETURN __declspec(noreturn)
+#else
+#define TAV_PRINTF_FORMAT(format_index, first_arg)
+#define TAV_NORETURN
+#endif
 
 /* The error ids, as enumeration constants so that the header also compiles as C without unused
  * constants. windows.h defines NO_ERROR as a macro with the same value; when it is already

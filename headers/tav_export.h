@@ -12,8 +12,10 @@
 #else
 #define TAV_API __declspec(dllimport)
 #endif
-#else
+#elif defined(__GNUC__) || defined(__clang__)
 #define TAV_API __attribute__((visibility("default")))
+#else
+#define TAV_API
 #endif
 
 /* Marks functions of the library's private headers that its own tests, fuzz targets and tools

@@ -45,12 +45,14 @@ run_stage() {
 mkdir -p out
 
 if run_stage "linux-release" out/linux-release -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_BENCHMARKS=ON; then
-  echo "=== install, and build a program against the installed package"
+  # Installed to another prefix than the configured one: tav.pc must follow it.
+  echo "=== install, and build a program against the installed package, with CMake and pkg-config"
   rm -rf out/install out/install-check
   if ! { cmake --install out/linux-release --prefix "$PWD/out/install" >/dev/null &&
          cmake -S tests/install -B out/install-check -G Ninja -DCMAKE_PREFIX_PATH="$PWD/out/install" >/dev/null &&
          cmake --build out/install-check >/dev/null &&
-         LD_LIBRARY_PATH="$PWD/out/install/lib" out/install-check/tav_install_check; }; then
+         LD_LIBRARY_PATH="$PWD/out/install/lib" out/install-check/tav_install_check &&
+         bash tests/install/check_pkg_config.sh out/install out/install-check/pkg-config; }; then
     failed+=("install check")
   fi
 fi

@@ -1,6 +1,5 @@
 // tav_message_catalog.cpp - opening a catalog, choosing its language and looking messages up.
 
-#include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -52,10 +51,11 @@ TavClMessageCatalog::~TavClMessageCatalog() {
   if (isLoaded) tav::os::closeCatalogModule(moduleHandle);
 }
 
-// Opening sets the C runtime's locale for all categories to the user's, for the whole
-// process: the texts are meant to be shown in the user's conventions.
+// The language is the user's, else the system's, else English (United States), whichever the
+// module has texts in. It is read from the environment or asked of the system without setting
+// the C runtime's locale: that belongs to the program, which may print numbers in its own
+// conventions, and changing it is not safe while other threads format text.
 void TavClMessageCatalog::init() {
-  std::setlocale(LC_ALL, "");
   moduleHandle = openModule(name);
   isLoaded = moduleHandle != nullptr;
   if (!isLoaded) return;

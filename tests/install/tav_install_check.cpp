@@ -5,9 +5,11 @@
 #include "tav_message.h"
 #include "tav_utils.h"
 
+extern "C" int tavInstallCCheck(void);
+
 int main() {
   const bool ok = std::strcmp(tavLibraryGetLevel(), "TAVLibR5-29") == 0 &&
-                  tavMatchesWildcardPattern("*.h", "tav_utils.h", true);
+                  tavMatchesWildcardPattern("*.h", "tav_utils.h", true) && tavInstallCCheck();
   // The library's catalog is installed beside it and found from there.
   TavClMessageCatalogProxy* catalog = tavMsgCatOpen(TAV_MSG_LIBRARY_CATALOG);
   const bool catalogFound = catalog != nullptr;

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -225,6 +227,20 @@ TEST_F(MessageCatalogModule, EnglishCatalogMatchesTheBuiltInTable) {
     EXPECT_TRUE(message.isMessageLoaded());
     EXPECT_EQ(text, TavClMessage(table, id).getText());
   }
+}
+
+// The catalog takes its language from the environment without setting the process's locale,
+// so the program keeps printing numbers in its own conventions. The fixture's catalog is
+// already open: the locale is set back to "C" first so that a second opening would show.
+TEST_F(MessageCatalogModule, OpeningLeavesTheProcessLocaleAlone) {
+  ASSERT_NE(std::setlocale(LC_ALL, "C"), nullptr);
+  const TavClMessageCatalog opened{TavClFilename(TAV_MSG_LIBRARY_CATALOG)};
+  ASSERT_TRUE(opened.isModuleLoaded());
+  EXPECT_EQ(opened.getLanguage(), expectedLanguage);
+  EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
+  char number[8];
+  std::snprintf(number, sizeof number, "%.1f", 2.5);
+  EXPECT_STREQ(number, "2.5");
 }
 
 }  // namespace
