@@ -93,6 +93,31 @@ std::string formatBytes(const std::string& bytes, const char* format,
   return Formatting(format, configure).run(bytes);
 }
 
+// Display switches and filter settings such as "nesting,indent=..,detail=MED"; - for none.
+Configure switchesOf(const std::string& switches) {
+  return [switches](TavClTraceFormatter& f) {
+    std::istringstream list(switches == "-" ? "" : switches);
+    for (std::string item; std::getline(list, item, ',');) {
+      const size_t equals = item.find('=');
+      const std::string name = item.substr(0, equals);
+      const char* value = equals == std::string::npos ? "" : item.c_str() + equals + 1;
+      if (name == "indent") f.setDisplayIndentation(value);
+      if (name == "nesting") f.enableNesting(true);
+      if (name == "noheaders") f.enableFunctionHeaders(false);
+      if (name == "noorigins") f.enableRepeatedOrigins(false);
+      if (name == "hex") f.enableHexData(true);
+      if (name == "bin") f.enableBinData(true);
+      if (name == "detail") f.getFilter().setDetail(value);
+      if (name == "process") f.getFilter().setProcessId(value);
+      if (name == "thread") f.getFilter().setThreadId(value);
+      if (name == "components") {
+        f.getFilter().disableAllComponentIds();
+        f.getFilter().enableComponentIds(value);
+      }
+    }
+  };
+}
+
 // Runs formatting that must fail with id, reported at the position line.
 void expectFailure(const std::function<void()>& format, uint32_t id, uint32_t line) {
   try {
@@ -118,31 +143,18 @@ TEST(TraceFormatter, Directives) {
   }
 }
 
-TEST(TraceFormatter, DetailNamesAndTypeNames) {
-  const char* details[] = {"OFF", "LOW", "MED", "HIGH"};
-  for (unsigned detail = 0; detail < 4; ++detail) {
-    Record plain;
-    plain.detail = static_cast<TavEnTraceDetail>(detail);
-    EXPECT_EQ(formatBytes(bytesOf({plain}), "%l"), std::string(details[detail]) + "\n");
-  }
-  EXPECT_STREQ(TavClTraceFormatter::getTypeAsLongCString(21), "long double");
-  EXPECT_STREQ(TavClTraceFormatter::getTypeAsShortCString(22), "");
-  EXPECT_STREQ(TavClTraceFormatter::getTypeAsLongCString(0), "");
-}
-
 TEST(TraceFormatter, DataDisplayByType) {
   for (const auto& row : readTable("formatter_data.txt")) {
     SCOPED_TRACE(row.where);
     const auto type = static_cast<TavEnTraceDataType>(std::stoi(row.fields.at(0)));
     EXPECT_STREQ(TavClTraceFormatter::getTypeAsShortCString(type), row.fields.at(1).c_str());
-    const std::string& switches = row.fields.at(2);
-    const std::string text = formatBytes(bytesOf({record(type, "fn", row.fields.at(3))}), "%d",
-                                         [&](TavClTraceFormatter& f) {
-                                           f.enableHexData(switches == "hex" || switches == "both");
-                                           f.enableBinData(switches == "bin" || switches == "both");
-                                         });
-    EXPECT_EQ(text, row.fields.at(4) + "\n");
+    EXPECT_EQ(formatBytes(bytesOf({record(type, "fn", row.fields.at(3))}), "%d",
+                          switchesOf(row.fields.at(2))),
+              row.fields.at(4) + "\n");
   }
+  EXPECT_STREQ(TavClTraceFormatter::getTypeAsLongCString(21), "long double");
+  EXPECT_STREQ(TavClTraceFormatter::getTypeAsShortCString(22), "");
+  EXPECT_STREQ(TavClTraceFormatter::getTypeAsLongCString(0), "");
   const std::string longText(1000, 'x');
   EXPECT_EQ(
       formatBytes(bytesOf({record(TAV_TRACE_TYPE_CSTRING, "fn", longText + '\0' + "tail")}), "%d"),
@@ -162,102 +174,26 @@ TEST(TraceFormatter, DemoTraceGolden) {
             tav::test::readTestData("demo_nested.txt"));
 }
 
-// The filter, function headers, repeated origins and nesting, each on a small trace.
+// Small traces shown with the filter and the display switches.
 TEST(TraceFormatter, FilterAndDisplaySwitches) {
-  std::vector<Record> mixed;
-  const struct {
-    const char* origin;
-    TavEnTraceDetail detail;
-    uint8_t componentId;
-    uint32_t processId;
-    uint32_t threadId;
-  } rows[] = {{"a", TAV_TRACE_DETAIL_LOW, 1, 10, 100},
-              {"b", TAV_TRACE_DETAIL_MED, 2, 10, 200},
-              {"c", TAV_TRACE_DETAIL_HIGH, 3, 20, 100},
-              {"d", TAV_TRACE_DETAIL_LOW, 0, 20, 200}};
-  for (const auto& row : rows) {
-    mixed.push_back(record(TAV_TRACE_TYPE_INT32, row.origin, "1234"));  // passed over when hidden
-    mixed.back().detail = row.detail;
-    mixed.back().componentId = row.componentId;
-    mixed.back().processId = row.processId;
-    mixed.back().threadId = row.threadId;
-  }
-  const Record inFoo = record(TAV_TRACE_TYPE_BOOL, "foo", "\x01");
-  const Record inBar = record(TAV_TRACE_TYPE_BOOL, "bar", "\x01");
-  const std::vector<Record> repeated = {functionRecord(TAV_TRACE_TYPE_FUNCTION_ENTRY, "foo", 1),
-                                        inFoo,
-                                        inFoo,
-                                        inBar,
-                                        inBar,
-                                        functionRecord(TAV_TRACE_TYPE_FUNCTION_EXIT, "foo", 0),
-                                        functionRecord(TAV_TRACE_TYPE_FUNCTION_ENTRY, "foo", 1)};
-  const std::vector<Record> nested = {functionRecord(TAV_TRACE_TYPE_FUNCTION_ENTRY, "a", 1),
-                                      record(TAV_TRACE_TYPE_NO_DATA, "a"),
-                                      functionRecord(TAV_TRACE_TYPE_FUNCTION_ENTRY, "b", 2),
-                                      record(TAV_TRACE_TYPE_NO_DATA, "b"),
-                                      functionRecord(TAV_TRACE_TYPE_FUNCTION_EXIT, "b", 1),
-                                      functionRecord(TAV_TRACE_TYPE_FUNCTION_EXIT, "a", 0)};
-  const std::vector<Record> entered(nested.begin(), nested.begin() + 2);
-  const Configure nesting = [](TavClTraceFormatter& f) {
-    f.enableNesting(true);
-    f.setDisplayIndentation("..");
-  };
-  const struct {
-    const char* name;
-    std::vector<Record> records;
-    const char* format;
-    Configure setup;
-    const char* expected;
-  } cases[] = {
-      {"no filter", mixed, "%f", {}, "a\nb\nc\nd\n"},
-      {"detail MED", mixed, "%f", [](auto& f) { f.getFilter().setDetail("MED"); }, "a\nb\nd\n"},
-      {"detail OFF", mixed, "%f", [](auto& f) { f.getFilter().setDetail("OFF"); }, ""},
-      {"components 2.3 (0 always passes)", mixed, "%f",
-       [](auto& f) {
-         f.getFilter().disableAllComponentIds();
-         f.getFilter().enableComponentIds("2.3");
-       },
-       "b\nc\nd\n"},
-      {"process 20", mixed, "%f", [](auto& f) { f.getFilter().setProcessId("20"); }, "c\nd\n"},
-      {"thread 200", mixed, "%f", [](auto& f) { f.getFilter().setThreadId("200"); }, "b\nd\n"},
-      {"function headers",
-       repeated,
-       "%x %f",
-       {},
-       "FE foo\nb foo\nb foo\nb bar\nb bar\nFX foo\nFE foo\n"},
-      {"function headers off", repeated, "%x %f", [](auto& f) { f.enableFunctionHeaders(false); },
-       "b foo\nb foo\nb bar\nb bar\n"},
-      // A function entry always shows its origin; other records only when it changes.
-      {"repeated origins off", repeated, "%x %f", [](auto& f) { f.enableRepeatedOrigins(false); },
-       "FE foo\nb \nb \nb bar\nb \nFX foo\nFE foo\n"},
-      {"nesting", nested, "%x %f", nesting, "FE a\n..ND a\n..FE b\n....ND b\n..FX b\nFX a\n"},
-      // Further lines of a record go one level deeper than its first.
-      {"nesting, two lines", entered, "%f%n%x", nesting, "a\n..FE\n..a\n....ND\n"},
-      // The level comes from the function records even when they are not shown.
-      {"nesting without headers", nested, "%f",
-       [&](auto& f) {
-         nesting(f);
-         f.enableFunctionHeaders(false);
-       },
-       "..a\n....b\n"},
-      // Without nesting the indentation only follows line breaks.
-      {"indentation only", entered, "%f%n%x", [](auto& f) { f.setDisplayIndentation(".."); },
-       "a\n..FE\na\n..ND\n"},
-      {"nesting depth is bounded",
-       {functionRecord(TAV_TRACE_TYPE_FUNCTION_EXIT, "deep", UINT32_MAX)},
-       "%f",
-       [](auto& f) {
-         f.enableNesting(true);
-         f.setDisplayIndentation(".");
-       },
-       nullptr},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    const std::string expected =
-        c.expected ? c.expected
-                   : std::string(TavClTraceFormatter::kMaxNestingDepth, '.') + "deep\n";
-    EXPECT_EQ(formatBytes(bytesOf(c.records), c.format, c.setup), expected);
+  std::vector<Record> trace;
+  for (const auto& row : readTable("formatter_display.txt")) {
+    SCOPED_TRACE(row.where);
+    const std::vector<std::string>& field = row.fields;
+    if (field.at(0) == "trace") {
+      trace.clear();
+    } else if (field.at(0) == "record") {
+      trace.push_back(record(static_cast<TavEnTraceDataType>(std::stoi(field.at(1))), field.at(6),
+                             field.at(8)));
+      trace.back().detail = static_cast<TavEnTraceDetail>(std::stoi(field.at(2)));
+      trace.back().componentId = static_cast<uint8_t>(std::stoi(field.at(3)));
+      trace.back().processId = static_cast<uint32_t>(std::stoul(field.at(4)));
+      trace.back().threadId = static_cast<uint32_t>(std::stoul(field.at(5)));
+      trace.back().message = field.at(7);
+    } else {
+      EXPECT_EQ(formatBytes(bytesOf(trace), field.at(1).c_str(), switchesOf(field.at(2))),
+                field.at(3));
+    }
   }
 }
 
@@ -272,18 +208,6 @@ TEST(TraceFormatter, FilterGivenToTheConstructorIsUsed) {
   std::ostringstream output;
   formatter.format(input, output);
   EXPECT_EQ(output.str(), "LOW\nLOW\n");
-}
-
-TEST(TraceFormatter, DataIsConsumedOnceWhateverTheFormat) {
-  const std::string bytes = bytesOf({record(TAV_TRACE_TYPE_CSTRING, "first", std::string(300, 'x')),
-                                     record(TAV_TRACE_TYPE_DATA, "second", std::string(40, 'y')),
-                                     record(TAV_TRACE_TYPE_INT16, "third", "\x01\x00")});
-  for (const char* format : {"%f", "%f %d", "%d%d %f", "%f%n"}) {
-    SCOPED_TRACE(format);
-    const std::string text = formatBytes(bytes, format);
-    EXPECT_NE(text.find("second"), std::string::npos);
-    EXPECT_NE(text.find("third"), std::string::npos);
-  }
 }
 
 TEST(TraceFormatter, DamagedFiles) {
