@@ -6,9 +6,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <sstream>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
+
+#include <gtest/gtest.h>
 
 #include "tav_environment.h"
 #include "tav_process.h"
@@ -97,6 +101,22 @@ std::string recordBytes(const TavClTraceEntry& entry) {
     bytes.append(static_cast<const char*>(entry.getDumpData()), entry.getSizeOfDumpData());
   }
   return bytes;
+}
+
+bool operator==(const RecordRead& left, const RecordRead& right) {
+  auto fields = [](const RecordRead& r) {
+    return std::tie(r.type, r.detail, r.componentId, r.timeStamp, r.processId, r.threadId,
+                    r.message, r.origin, r.data);
+  };
+  return fields(left) == fields(right);
+}
+
+void PrintTo(const RecordRead& record, std::ostream* out) {
+  *out << "{type " << record.type << ", detail " << record.detail << ", component "
+       << record.componentId << ", time " << record.timeStamp << ", process " << record.processId
+       << ", thread " << record.threadId << ", message " << testing::PrintToString(record.message)
+       << ", origin " << testing::PrintToString(record.origin) << ", data "
+       << testing::PrintToString(record.data) << "}";
 }
 
 std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,

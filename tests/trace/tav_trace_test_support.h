@@ -5,6 +5,7 @@
 #define TAV_TRACE_TEST_SUPPORT_H
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,10 @@ struct RecordRead {
   std::string origin;
   std::string data;
 };
+
+// Records compare field by field and print on one line, so that a test can expect whole records.
+bool operator==(const RecordRead& left, const RecordRead& right);
+void PrintTo(const RecordRead& record, std::ostream* out);
 
 // Reads every record of a trace file's bytes. *endsOnRecord tells whether the bytes end exactly
 // behind the last record's data (rather than inside a record).
