@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tav_trace_entry.h"
+#include "tav_trace_test_support.h"
 
 namespace {
 
@@ -35,28 +36,12 @@ bool inAlphabet(unsigned char character) {
   return character != 0 && std::strchr(TavClTraceEntry::kTraceAlphabet, character) != nullptr;
 }
 
-struct KnownEncoding {
-  const char* text;
-  std::string stored;
-};
-
 TEST(TraceCompression, KnownEncodings) {
-  const KnownEncoding cases[] = {
-      {"", ""},
-      {"ab", "\x96\x6F"},        // codes 37 and 38, then four 1-bits
-      {" ", "\x03"},             // code 0, then two 1-bits
-      {"1", "\xFC\xC7"},         // escape 63, the byte 0x31, two 1-bits
-      {"\xFF", "\x03"},          // 0xFF shares the blank's code
-      {"abcd", "\x96\x69\xE8"},  // 24 bits: no padding
-      {"abc", "\x96\x69\xFF"},   // 18 bits and a whole escape code of padding
-      {"A,z", "\x2C\x1F\xBF"},   // 11, 1, 62
-  };
-  for (const KnownEncoding& known : cases) {
-    SCOPED_TRACE(known.text);
-    EXPECT_EQ(compress(known.text), known.stored);
+  for (const auto& row : tav::test::readTable("compression_known.txt")) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(compress(row.fields.at(0)), row.fields.at(1));
+    EXPECT_EQ(expand(row.fields.at(1)), row.fields.at(0) == "\xFF" ? " " : row.fields.at(0));
   }
-  EXPECT_EQ(expand(compress("\xFF")), " ");
-  EXPECT_EQ(expand(compress("1")), "1");
 }
 
 TEST(TraceCompression, TheLastCharacterMayOvershootTheCapacityByOneByte) {
