@@ -64,12 +64,6 @@ Record record(TavEnTraceDataType type, const std::string& origin, const std::str
   return result;
 }
 
-Record functionRecord(TavEnTraceDataType type, const std::string& origin, uint32_t level) {
-  Record function = record(type, origin, littleEndian(level, 4));
-  function.message = "";
-  return function;
-}
-
 using Configure = std::function<void(TavClTraceFormatter&)>;
 
 struct Formatting {
@@ -268,7 +262,7 @@ TEST(TraceFormatter, FixedTextsFromAnAttachedCatalog) {
   catalog.useStringTable(table.data(), static_cast<unsigned long>(table.size()));
   const std::string bytes =
       bytesOf({record(TAV_TRACE_TYPE_DATA_CLIPPED, "fn"), record(TAV_TRACE_TYPE_DATA_NULL, "fn"),
-               functionRecord(TAV_TRACE_TYPE_FUNCTION_ENTRY, "f", 4)});
+               record(TAV_TRACE_TYPE_FUNCTION_ENTRY, "f", littleEndian(4, 4))});
   EXPECT_EQ(
       formatBytes(bytes, "%d", [&](TavClTraceFormatter& f) { f.attachTavMessageCatalog(catalog); }),
       "0 Byte (gekuerzt)\n<null>\nTiefe 4\n");
