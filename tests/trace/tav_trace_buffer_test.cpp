@@ -129,7 +129,9 @@ TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
     for (const HandOut& handOut : ring.log.handOuts) {
       lengths += (lengths.empty() ? "" : " ") + std::to_string(handOut.first.size()) + "+" +
                  std::to_string(handOut.second.size());
-      if (!handOut.second.empty()) EXPECT_EQ(handOut.secondAddress, ring.control().first);
+      if (!handOut.second.empty()) {
+        EXPECT_EQ(handOut.secondAddress, ring.control().first);
+      }
     }
     EXPECT_EQ(lengths, c.handOuts);
     EXPECT_EQ(ring.log.all(), ring.written);
