@@ -9,13 +9,16 @@
 # other files here are hand-written tables; each says what its rows are.
 #
 #   bash tests/data/trace/regenerate.sh [BUILD_DIR]      (default out/regenerate)
+# An existing build directory is used as it is configured; a new one builds only the demo.
 set -euo pipefail
 data=$(cd "$(dirname "$0")" && pwd)
 cd "$data/../../.."
 
 build=${1:-out/regenerate}
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF \
-  -DTAV_BUILD_EXAMPLES=ON >/dev/null
+if [ ! -f "$build/CMakeCache.txt" ]; then
+  cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF \
+    -DTAV_BUILD_EXAMPLES=ON >/dev/null
+fi
 cmake --build "$build" --target tav_trace_demo >/dev/null
 demo="$build/bin/tav_trace_demo"
 
