@@ -71,6 +71,18 @@ class Ring {
     return recordBytes(entry);
   }
 
+  // The lengths of each hand-out's two pieces ("100+0 0+30"); a second piece, where there is
+  // one, must come from the start of the ring.
+  std::string handOutLengths() const {
+    std::string lengths;
+    for (const HandOut& handOut : log.handOuts) {
+      lengths += (lengths.empty() ? "" : " ") + std::to_string(handOut.first.size()) + "+" +
+                 std::to_string(handOut.second.size());
+      EXPECT_TRUE(handOut.second.empty() || handOut.secondAddress == control().first);
+    }
+    return lengths;
+  }
+
   const _TavStTraceBufferControl& control() const { return *manager.getControlBlock(); }
   uint64_t writeOffset() const { return control().writePosition - control().first; }
 
@@ -125,15 +137,7 @@ TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
       if (step == "f") ring.manager.flush();
       if (step[0] == 'w') ring.write(std::stoul(step.substr(1)));
     }
-    std::string lengths;
-    for (const HandOut& handOut : ring.log.handOuts) {
-      lengths += (lengths.empty() ? "" : " ") + std::to_string(handOut.first.size()) + "+" +
-                 std::to_string(handOut.second.size());
-      if (!handOut.second.empty()) {
-        EXPECT_EQ(handOut.secondAddress, ring.control().first);
-      }
-    }
-    EXPECT_EQ(lengths, c.handOuts);
+    EXPECT_EQ(ring.handOutLengths(), c.handOuts);
     EXPECT_EQ(ring.log.all(), ring.written);
     EXPECT_EQ(ring.writeOffset(), c.writeOffset);
   }
@@ -205,11 +209,7 @@ TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
     }
     ring.manager.flush();
     ASSERT_EQ(ring.log.all(), ring.written);
-    for (const HandOut& handOut : ring.log.handOuts) {
-      if (!handOut.second.empty()) {
-        ASSERT_EQ(handOut.secondAddress, ring.control().first);
-      }
-    }
+    ring.handOutLengths();  // checks where each second piece starts
   }
 }
 
