@@ -103,6 +103,7 @@ TEST(TraceSettings, SettingsInForeignMemoryStartLikeOwnOnes) {
   std::fill(std::begin(memory), std::end(memory), static_cast<unsigned char>(0xAB));
   TavClTraceSettings settings(memory);
   const auto* block = reinterpret_cast<const _TavStTraceSettingsBlock*>(memory);
+  EXPECT_EQ(&settings.getBlock(), block);
   EXPECT_EQ(block->flags, uint32_t{TavClTraceSettings::kInitialFlags});
   EXPECT_EQ(block->signature, uint32_t{TavClTraceSettings::kSignature});
   EXPECT_EQ(block->filter.getDetail(), TAV_TRACE_DETAIL_LOW);
@@ -116,9 +117,10 @@ TEST(TraceSettings, SettingsInForeignMemoryStartLikeOwnOnes) {
 TEST(TraceEnvironment, DefaultsWithoutVariables) {
   ScopedTraceVariables variables("TSDEFAULT");
   TavClTraceEnvironment environment("tsDefault", nullptr, false);
-  EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_LOW);
-  EXPECT_FALSE(environment.getSettings().isVerboseEnabled());
-  EXPECT_FALSE(environment.getSettings().getFilter().usesCompIdFilter());
+  const TavClTraceSettings& settings = environment.getSettings();
+  EXPECT_EQ(settings.getFilter().getDetail(), TAV_TRACE_DETAIL_LOW);
+  EXPECT_FALSE(settings.isVerboseEnabled());
+  EXPECT_FALSE(settings.getFilter().usesCompIdFilter());
   EXPECT_EQ(environment.getTotalBufferSize(), 65535u);
   EXPECT_EQ(environment.getBufferSize(), 65535u - 48);
   // The key as given, not upper-cased, in the temporary directory.
@@ -126,6 +128,7 @@ TEST(TraceEnvironment, DefaultsWithoutVariables) {
                TavClFilename(tavGetTmpDirectory(), "tsDefaulttrace.trc", nullptr).getAsCString());
   EXPECT_STREQ(environment.getFormatString(), TavClTraceEnvironment::kDefaultFormat);
   EXPECT_FALSE(environment.usesSharedMemory());
+  EXPECT_FALSE(environment.isController());
 }
 
 // Each flag variable: switched on by an enabled value, left as it was by any other value or
