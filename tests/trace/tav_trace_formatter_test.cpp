@@ -95,6 +95,9 @@ Configure switchesOf(const std::string& switches) {
       const size_t equals = item.find('=');
       const std::string name = item.substr(0, equals);
       const char* value = equals == std::string::npos ? "" : item.c_str() + equals + 1;
+      const std::string known =
+          " indent nesting noheaders noorigins hex bin detail process thread components ";
+      EXPECT_NE(known.find(" " + name + " "), std::string::npos) << "unknown switch " << item;
       if (name == "indent") f.setDisplayIndentation(value);
       if (name == "nesting") f.enableNesting(true);
       if (name == "noheaders") f.enableFunctionHeaders(false);
@@ -185,6 +188,7 @@ TEST(TraceFormatter, FilterAndDisplaySwitches) {
       trace.back().threadId = static_cast<uint32_t>(std::stoul(field.at(5)));
       trace.back().message = field.at(7);
     } else {
+      ASSERT_EQ(field.at(0), "show");
       EXPECT_EQ(formatBytes(bytesOf(trace), field.at(1).c_str(), switchesOf(field.at(2))),
                 field.at(3));
     }
