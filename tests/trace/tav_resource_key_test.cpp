@@ -6,42 +6,20 @@
 #include <string>
 
 #include "tav_resource_key.h"
-#include "tav_trace_environment_base.h"
 #include "tav_trace_test_support.h"
 
 namespace {
 
-struct KeyCase {
-  const char* key;
-  const char* instance;
-  const char* expected;
-};
-
 TEST(ResourceKey, MapsEveryPartIntoTheKeyAlphabet) {
-  const KeyCase cases[] = {
-      {"myapp", "TAVTRACEINSTANCE0", "SEM32:myapp:TAVTRACEINSTANCE0"},
-      {"a\\b", "i", "SEM32:a:b:i"},                 // a backslash separates like ":"
-      {"x.y", "i", "SEM32:xUy:i"},                  // "." is byte 46: "U"
-      {"with blank", "i", "SEM32:withGblank:i"},    // blank is byte 32: "G"
-      {"keep_-@09Zz", "i", "SEM32:keep_-@09Zz:i"},  // the alphabet itself is kept
-      {"\xC1:/", "i", "SEM32:b6V:i"},               // 193, 58 and 47 modulo 64
-      {"k", nullptr, "SEM32:k"},                    // no third part
-      {"k", "", "SEM32:k:"},                        // an empty third part still adds ":"
-      {"", "i", "SEM32::i"},
-  };
-  for (const KeyCase& keyCase : cases) {
-    SCOPED_TRACE(keyCase.expected);
-    const TavClResourceKeySemaphore key(keyCase.key, keyCase.instance);
-    EXPECT_STREQ(key.getKey(), keyCase.expected);
-    EXPECT_EQ(key.getLength(), std::string(keyCase.expected).size());
-    EXPECT_EQ(std::string(key.getSecondPart()), std::string(keyCase.expected).substr(6));
+  for (const auto& row : tav::test::readTable("resource_keys.txt")) {
+    SCOPED_TRACE(row.where);
+    const std::string& expected = row.fields.at(2);
+    const TavClResourceKeySemaphore key(
+        row.fields.at(0).c_str(), row.fields.at(1) == "-" ? nullptr : row.fields.at(1).c_str());
+    EXPECT_EQ(key.getKey(), expected);
+    EXPECT_EQ(key.getLength(), expected.size());
+    EXPECT_EQ(key.getSecondPart(), expected.substr(6));
   }
-}
-
-TEST(ResourceKey, TraceEnvironmentsUseTheDefaultInstance) {
-  tav::test::TestTraceEnvironment environment(false, 100, "myapp", nullptr);
-  EXPECT_STREQ(environment.getKey(), "SEM32:myapp:TAVTRACEINSTANCE0");
-  EXPECT_STREQ(environment.getSecondPart(), "myapp:TAVTRACEINSTANCE0");
 }
 
 TEST(ResourceKey, LongPartsAreCutAtTheCapacity) {

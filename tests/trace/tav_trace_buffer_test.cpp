@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <random>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,7 +22,6 @@ using tav::test::TestTraceEnvironment;
 struct HandOut {
   std::string first;
   std::string second;
-  const uint8_t* firstAddress;
   const uint8_t* secondAddress;
 };
 
@@ -36,7 +36,7 @@ struct HandOutLog {
              ? std::string()
              : std::string(reinterpret_cast<const char*>(handOut->secondPiece),
                            handOut->secondLength),
-         handOut->firstPiece, handOut->secondPiece});
+         handOut->secondPiece});
   }
 
   std::string all() const {
@@ -58,7 +58,8 @@ class Ring {
 
   void installCallback() { manager.setOverflowCallback(&HandOutLog::record, &log); }
 
-  // Writes a record of exactly size bytes: 20 of header, then message and data split evenly.
+  // Writes a record of size bytes, 20 of header, then message and data split evenly (data
+  // beyond the capacity is clipped); gives its bytes.
   std::string write(size_t size, char fill = 'r') {
     const size_t textAndData = size - TavClTraceEntry::kHeaderSize;
     const std::string message(textAndData / 2, fill);
@@ -68,6 +69,18 @@ class Ring {
     manager.write(entry);
     written += recordBytes(entry);
     return recordBytes(entry);
+  }
+
+  // The lengths of each hand-out's two pieces ("100+0 0+30"); a second piece, where there is
+  // one, must come from the start of the ring.
+  std::string handOutLengths() const {
+    std::string lengths;
+    for (const HandOut& handOut : log.handOuts) {
+      lengths += (lengths.empty() ? "" : " ") + std::to_string(handOut.first.size()) + "+" +
+                 std::to_string(handOut.second.size());
+      EXPECT_TRUE(handOut.second.empty() || handOut.secondAddress == control().first);
+    }
+    return lengths;
   }
 
   const _TavStTraceBufferControl& control() const { return *manager.getControlBlock(); }
@@ -95,51 +108,38 @@ TEST(TraceBuffer, ControlBlockAtTheStartOfTheMemory) {
   EXPECT_EQ(addresses[3], bytes + 48);       // write position
 }
 
-TEST(TraceBuffer, ARecordThatFillsTheRingExactlyIsHandedOutAndTheNextStartsAtTheBeginning) {
-  Ring ring(100);
-  ring.write(60);
-  EXPECT_TRUE(ring.log.handOuts.empty());
-  ring.write(40);
-  ASSERT_EQ(ring.log.handOuts.size(), 1u);
-  EXPECT_EQ(ring.log.handOuts[0].first, ring.written);
-  EXPECT_EQ(ring.log.handOuts[0].second, "");
-  EXPECT_EQ(ring.writeOffset(), 0u);
-
-  // The mark stands one past the end: the next hand-out is an empty piece there and the new
-  // record from the start of the ring.
-  const std::string next = ring.write(30);
-  ring.manager.flush();
-  ASSERT_EQ(ring.log.handOuts.size(), 2u);
-  EXPECT_EQ(ring.log.handOuts[1].first, "");
-  EXPECT_EQ(ring.log.handOuts[1].second, next);
-  EXPECT_EQ(ring.log.handOuts[1].secondAddress, ring.control().first);
-}
-
-struct SplitCase {
-  const char* name;
-  size_t before;  // bytes written before the record that crosses the end
-  size_t crossing;
-};
-
-TEST(TraceBuffer, ARecordCrossingTheEndIsHandedOutInOrder) {
-  const SplitCase cases[] = {
-      {"split inside the header", 90, 30},
-      {"split inside the texts", 75, 40},
-      {"split inside the data", 70, 40},
+// Scripts run on a ring of 100 bytes: "wN" writes a record of N bytes, "f" flushes and "c"
+// installs the callback. After each, the hand-outs put together are the records written, and
+// a second piece, where there is one, comes from the start of the ring.
+TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
+  const struct {
+    const char* name;
+    const char* script;
+    const char* handOuts;  // the lengths of each hand-out's two pieces
+    uint64_t writeOffset;
+  } cases[] = {
+      // The hand-out mark then stands one past the end: the next hand-out is an empty piece
+      // there and the new record from the start of the ring.
+      {"a record fills the ring exactly", "c w60 w40 w30 f", "100+0 0+30", 30},
+      {"a record crosses the end inside the header", "c w90 w30 f", "100+0 0+20", 20},
+      {"a record crosses the end inside the texts", "c w75 w40 f", "100+0 0+15", 15},
+      {"a record crosses the end inside the data", "c w70 w40 f", "100+0 0+10", 10},
+      // Mark and write position are both at the start again: the pending bytes are the ring.
+      {"filled exactly without a callback", "w50 w50 c f", "100+0", 0},
+      {"flushing twice", "c f w30 f f", "30+0", 30},
   };
-  for (const SplitCase& split : cases) {
-    SCOPED_TRACE(split.name);
-    Ring ring(100);
-    ring.write(split.before);
-    const std::string crossing = ring.write(split.crossing);
-    ASSERT_EQ(ring.log.handOuts.size(), 1u);
-    EXPECT_EQ(ring.log.handOuts[0].first.size(), 100u);
-    EXPECT_EQ(ring.writeOffset(), split.before + split.crossing - 100);
-    ring.manager.flush();
-    ASSERT_EQ(ring.log.handOuts.size(), 2u);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Ring ring(100, false);
+    std::istringstream script(c.script);
+    for (std::string step; script >> step;) {
+      if (step == "c") ring.installCallback();
+      if (step == "f") ring.manager.flush();
+      if (step[0] == 'w') ring.write(std::stoul(step.substr(1)));
+    }
+    EXPECT_EQ(ring.handOutLengths(), c.handOuts);
     EXPECT_EQ(ring.log.all(), ring.written);
-    // The part after the wrap is handed out from the start of the ring.
-    EXPECT_EQ(ring.log.handOuts[1].secondAddress, ring.control().first);
+    EXPECT_EQ(ring.writeOffset(), c.writeOffset);
   }
 }
 
@@ -153,29 +153,6 @@ TEST(TraceBuffer, WithoutACallbackTheOldestBytesAreOverwritten) {
   EXPECT_EQ(contents.substr(50), ring.written.substr(50, 50));
   ring.manager.flush();  // still no callback: nothing to hand out to
   EXPECT_TRUE(ring.log.handOuts.empty());
-}
-
-TEST(TraceBuffer, ARingFilledExactlyWithoutACallbackIsHandedOutWholeAtTheNextFlush) {
-  // The mark and the write position are both at the start again; pending bytes that reach the
-  // write position from the mark are the whole ring.
-  Ring ring(100, false);
-  ring.write(50);
-  ring.write(50);
-  ring.installCallback();
-  ring.manager.flush();
-  ASSERT_EQ(ring.log.handOuts.size(), 1u);
-  EXPECT_EQ(ring.log.all(), ring.written);
-}
-
-TEST(TraceBuffer, FlushingTwiceHandsOutNothingTheSecondTime) {
-  Ring ring(100);
-  ring.manager.flush();
-  EXPECT_TRUE(ring.log.handOuts.empty());
-  ring.write(30);
-  ring.manager.flush();
-  ring.manager.flush();
-  ASSERT_EQ(ring.log.handOuts.size(), 1u);
-  EXPECT_EQ(ring.log.all(), ring.written);
 }
 
 TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
@@ -227,21 +204,12 @@ TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
     SCOPED_TRACE(testing::Message() << "round " << round << ", capacity " << capacity);
     Ring ring(capacity);
     for (int record = 0; record < 40; ++record) {
-      const std::string message(random() % 60, 'm');
-      const std::string data(random() % (capacity + 20), static_cast<char>('a' + record % 26));
-      const TavClTraceEntry entry(ring.environment, TAV_TRACE_DETAIL_LOW, 2, TAV_TRACE_TYPE_DATA,
-                                  "fn", message.c_str(), data.data(), data.size());
-      ring.manager.write(entry);
-      ring.written += recordBytes(entry);
+      ring.write(20 + random() % (capacity + 80), static_cast<char>('a' + record % 26));
       if (random() % 5 == 0) ring.manager.flush();
     }
     ring.manager.flush();
     ASSERT_EQ(ring.log.all(), ring.written);
-    for (const HandOut& handOut : ring.log.handOuts) {
-      if (!handOut.second.empty()) {
-        ASSERT_EQ(handOut.secondAddress, ring.control().first);
-      }
-    }
+    ring.handOutLengths();  // checks where each second piece starts
   }
 }
 

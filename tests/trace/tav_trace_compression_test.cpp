@@ -1,5 +1,5 @@
-// The 6-bit text compression of trace records: known encodings, the capacity rule, round trips
-// against a model of the alphabet rules, and the bit routines against a plain bit vector.
+// The 6-bit text compression of trace records: known encodings, the capacity rule, random
+// texts against a code-by-code reference, and the bit routines against a plain bit vector.
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tav_trace_entry.h"
+#include "tav_trace_test_support.h"
 
 namespace {
 
@@ -35,42 +36,12 @@ bool inAlphabet(unsigned char character) {
   return character != 0 && std::strchr(TavClTraceEntry::kTraceAlphabet, character) != nullptr;
 }
 
-// What compression keeps of a text: the characters it writes before passing the capacity mark,
-// with 0xFF read back as a blank.
-std::string expectedRoundTrip(const std::string& text, size_t capacity) {
-  std::string kept;
-  uint64_t bits = 0;
-  for (const unsigned char character : text) {
-    const bool shortCode = inAlphabet(character) || character == 0xFF;
-    bits += shortCode ? 6 : 14;
-    kept += character == 0xFF ? ' ' : static_cast<char>(character);
-    if (bits > (capacity - 1) * 8) break;
-  }
-  return kept;
-}
-
-struct KnownEncoding {
-  const char* text;
-  std::string stored;
-};
-
 TEST(TraceCompression, KnownEncodings) {
-  const KnownEncoding cases[] = {
-      {"", ""},
-      {"ab", "\x96\x6F"},        // codes 37 and 38, then four 1-bits
-      {" ", "\x03"},             // code 0, then two 1-bits
-      {"1", "\xFC\xC7"},         // escape 63, the byte 0x31, two 1-bits
-      {"\xFF", "\x03"},          // 0xFF shares the blank's code
-      {"abcd", "\x96\x69\xE8"},  // 24 bits: no padding
-      {"abc", "\x96\x69\xFF"},   // 18 bits and a whole escape code of padding
-      {"A,z", "\x2C\x1F\xBF"},   // 11, 1, 62
-  };
-  for (const KnownEncoding& known : cases) {
-    SCOPED_TRACE(known.text);
-    EXPECT_EQ(compress(known.text), known.stored);
+  for (const auto& row : tav::test::readTable("compression_known.txt")) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(compress(row.fields.at(0)), row.fields.at(1));
+    EXPECT_EQ(expand(row.fields.at(1)), row.fields.at(0) == "\xFF" ? " " : row.fields.at(0));
   }
-  EXPECT_EQ(expand(compress("\xFF")), " ");
-  EXPECT_EQ(expand(compress("1")), "1");
 }
 
 TEST(TraceCompression, TheLastCharacterMayOvershootTheCapacityByOneByte) {
@@ -87,27 +58,10 @@ TEST(TraceCompression, TheLastCharacterMayOvershootTheCapacityByOneByte) {
   EXPECT_EQ(compress("123", 0).size(), 0u);
 }
 
-TEST(TraceCompression, RoundTripsFollowTheAlphabetRules) {
-  std::mt19937 random(11);
-  const std::string common = "Ab(): _,~<> 0x";
-  for (int round = 0; round < 3000; ++round) {
-    const size_t capacity = round % 5 == 0 ? 1 + random() % 40 : 255;
-    std::string text(random() % 420, ' ');
-    for (char& character : text) {
-      // Mostly alphabet characters, as real texts are, with any other byte mixed in.
-      character = random() % 4 != 0 ? common[random() % common.size()]
-                                    : static_cast<char>(1 + random() % 255);
-    }
-    SCOPED_TRACE(testing::Message() << "round " << round << ", capacity " << capacity);
-    const std::string stored = compress(text, capacity);
-    ASSERT_LE(stored.size(), capacity + 1);
-    ASSERT_EQ(expand(stored), expectedRoundTrip(text, capacity));
-  }
-}
-
 // Compression code by code with the bit writer, as the stored format is defined: each code at
-// the next bit position, and the last byte filled with 1-bits.
-std::string referenceCompress(const std::string& text, size_t capacity) {
+// the next bit position, and the last byte filled with 1-bits. *kept receives what expansion
+// gives back: the characters written before passing the capacity mark, 0xFF as a blank.
+std::string referenceCompress(const std::string& text, size_t capacity, std::string* kept) {
   std::vector<uint8_t> stored(capacity + 2, 0);
   uint64_t bits = 0;
   for (const unsigned char character : text) {
@@ -123,6 +77,7 @@ std::string referenceCompress(const std::string& text, size_t capacity) {
       TavClTraceEntry::compressWriteBits(stored.data(), bits, character, 8);
       bits += 8;
     }
+    *kept += character == 0xFF ? ' ' : static_cast<char>(character);
     if (bits > (capacity - 1) * 8) break;
   }
   if (bits % 8 != 0) {
@@ -133,19 +88,27 @@ std::string referenceCompress(const std::string& text, size_t capacity) {
   return std::string(stored.begin(), stored.begin() + static_cast<long>((bits + 7) / 8));
 }
 
-TEST(TraceCompression, StoresTheBytesOfTheCodeByCodeReference) {
+// Random texts, some mostly of the alphabet as real texts are, others of any bytes, in small
+// capacities and the largest: stored as the reference stores them, and expanded back to what
+// the capacity keeps.
+TEST(TraceCompression, RandomTextsMatchTheReferenceAndRoundTrip) {
   std::mt19937 random(3);
-  for (int round = 0; round < 3000; ++round) {
-    const size_t capacity = round % 3 == 0 ? 1 + random() % 20 : 255;
-    std::string text(random() % 400, ' ');
-    for (char& character : text) character = static_cast<char>(1 + random() % 255);
-    if (round % 2 == 0) {  // mostly alphabet text in every other round
-      for (char& character : text) {
-        if (random() % 8 != 0) character = TavClTraceEntry::kTraceAlphabet[random() % 63];
-      }
+  const std::string common = "Ab(): _,~<> 0x";
+  for (int round = 0; round < 6000; ++round) {
+    const size_t capacity = round % 4 == 0 ? 1 + random() % 40 : 255;
+    std::string text(random() % 420, ' ');
+    for (char& character : text) {
+      const bool any = round % 3 == 0 || random() % 4 == 0;
+      character = any              ? static_cast<char>(1 + random() % 255)
+                  : round % 3 == 1 ? common[random() % common.size()]
+                                   : TavClTraceEntry::kTraceAlphabet[random() % 63];
     }
-    ASSERT_EQ(compress(text, capacity), referenceCompress(text, capacity))
-        << "round " << round << ", capacity " << capacity;
+    SCOPED_TRACE(testing::Message() << "round " << round << ", capacity " << capacity);
+    std::string kept;
+    const std::string stored = compress(text, capacity);
+    ASSERT_EQ(stored, referenceCompress(text, capacity, &kept));
+    ASSERT_LE(stored.size(), capacity + 1);
+    ASSERT_EQ(expand(stored), kept);
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,79 +27,64 @@ std::vector<uint32_t> matchingIds(const TavClTraceFilter& filter) {
   return ids;
 }
 
-std::vector<uint32_t> allIdsBut(std::vector<uint32_t> excluded) {
+// The ids of a text of numbers and ranges ("0 3-7").
+std::vector<uint32_t> idsOf(const std::string& text) {
   std::vector<uint32_t> ids;
-  for (uint32_t id = 0; id <= 255; ++id) {
-    bool skip = false;
-    for (const uint32_t other : excluded) skip = skip || other == id;
-    if (!skip) ids.push_back(id);
+  std::istringstream words(text);
+  for (std::string word; words >> word;) {
+    const size_t dash = word.find('-');
+    const auto last = static_cast<uint32_t>(std::stoul(word.substr(dash + 1)));
+    for (auto id = static_cast<uint32_t>(std::stoul(word)); id <= last; ++id) ids.push_back(id);
   }
   return ids;
 }
 
-TEST(TraceFilter, DetailTextComparesPrefixesIgnoringCase) {
-  const struct {
-    const char* text;
-    TavEnTraceDetail expected;
-  } cases[] = {{"high", TAV_TRACE_DETAIL_HIGH},  {"HIGHEST", TAV_TRACE_DETAIL_HIGH},
-               {"Medium", TAV_TRACE_DETAIL_MED}, {"med", TAV_TRACE_DETAIL_MED},
-               {"LOW", TAV_TRACE_DETAIL_LOW},    {"lowish", TAV_TRACE_DETAIL_LOW},
-               {"none", TAV_TRACE_DETAIL_OFF},   {"HIG", TAV_TRACE_DETAIL_OFF},
-               {" high", TAV_TRACE_DETAIL_OFF},  {"", TAV_TRACE_DETAIL_OFF},
-               {nullptr, TAV_TRACE_DETAIL_OFF}};
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.text != nullptr ? test.text : "(null)");
+TEST(TraceFilter, TextsOfTheVariables) {
+  const char* const details[] = {"OFF", "LOW", "MED", "HIGH"};
+  for (const auto& row : tav::test::readTable("settings_texts.txt")) {
+    SCOPED_TRACE(row.where);
+    const std::string& kind = row.fields.at(0);
+    const char* text = row.fields.at(1).c_str();
+    const std::string& expected = row.fields.at(2);
     TavClTraceFilter filter;
-    filter.setDetail(test.text);
-    EXPECT_EQ(filter.getDetail(), test.expected);
+    if (kind == "detail") {
+      filter.setDetail(text);
+      EXPECT_EQ(details[filter.getDetail()], expected);
+    } else if (kind == "components") {
+      filter.disableAllComponentIds();
+      filter.enableComponentIds(text);
+      EXPECT_EQ(matchingIds(filter), idsOf(expected));
+      EXPECT_TRUE(filter.usesCompIdFilter());
+    } else if (kind == "id") {
+      filter.setProcessId(text);
+      filter.setThreadId(text);
+      EXPECT_EQ(filter.getProcessId(), std::stoul(expected));
+      EXPECT_EQ(filter.getThreadId(), std::stoul(expected));
+    } else {
+      ASSERT_EQ(kind, "kilobytes");
+      EXPECT_EQ(TavClTraceEnvironment::bufferSizeFromText(text), std::stoul(expected));
+    }
   }
+  TavClTraceFilter none;
+  none.setDetail(nullptr);
+  none.setProcessId(nullptr);
+  none.setThreadId(nullptr);
+  EXPECT_EQ(none.getDetail(), TAV_TRACE_DETAIL_OFF);
+  EXPECT_EQ(none.getProcessId() + none.getThreadId(), 0u);
   EXPECT_STREQ(TavClTraceFilter::getDetailAsCString(2), "MED");
   EXPECT_EQ(TavClTraceFilter::getDetailAsCString(4), nullptr);
 }
 
-TEST(TraceFilter, DetailMatchesUpToTheLevel) {
+TEST(TraceFilter, MatchingDetailsIdsAndTheFilterFlag) {
   TavClTraceFilter filter;
+  EXPECT_TRUE(filter.matchesProcessId(77));
+  filter.setProcessId("77");
+  EXPECT_TRUE(filter.matchesProcessId(77));
+  EXPECT_FALSE(filter.matchesProcessId(78));
   filter.setDetail("MED");
   EXPECT_TRUE(filter.matchesDetail(TAV_TRACE_DETAIL_OFF));
   EXPECT_TRUE(filter.matchesDetail(TAV_TRACE_DETAIL_MED));
   EXPECT_FALSE(filter.matchesDetail(TAV_TRACE_DETAIL_HIGH));
-}
-
-TEST(TraceFilter, ComponentSetTexts) {
-  const struct {
-    const char* text;
-    std::vector<uint32_t> expected;
-  } cases[] = {
-      {"*,-7", allIdsBut({7})},
-      {"10.12", {0, 10, 11, 12}},
-      {"3..7", {0, 3, 4, 5, 6, 7}},
-      {"", {0}},
-      {"1-10", {0}},  // "-" is no range: the target becomes 10 and 10 is cleared
-      {"5,1-10", {0, 5}},
-      {"-5", {0}},
-      {"5+", {0, 5}},
-      {"x5y,;9", {0, 5, 9}},
-      {"0", {0}},
-      {"0.3", {0}},  // a range that starts at 0 changes nothing
-      {"250.300", {0, 250, 251, 252, 253, 254, 255}},
-      {"300", {0}},
-      {"99999999999999999999", {0}},  // no wrap-round into a valid id
-      {"7.5", {0}},
-      {"*,-3.250", {0, 1, 2, 251, 252, 253, 254, 255}},
-      {"2,4,", {0, 2, 4}},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.text);
-    TavClTraceFilter filter;
-    filter.disableAllComponentIds();
-    filter.enableComponentIds(test.text);
-    EXPECT_EQ(matchingIds(filter), test.expected);
-    EXPECT_TRUE(filter.usesCompIdFilter());
-  }
-}
-
-TEST(TraceFilter, SingleIdsAndTheFilterFlag) {
-  TavClTraceFilter filter;
   EXPECT_FALSE(filter.usesCompIdFilter());
   filter.disableComponentId(255);
   EXPECT_TRUE(filter.usesCompIdFilter());
@@ -110,27 +96,6 @@ TEST(TraceFilter, SingleIdsAndTheFilterFlag) {
   EXPECT_TRUE(filter.matchesCompId(0));
   filter.disableComponentId(3);
   EXPECT_FALSE(filter.matchesCompId(3 + 256));  // the record keeps the low eight bits
-}
-
-TEST(TraceFilter, ProcessAndThreadIdsFromText) {
-  const struct {
-    const char* text;
-    uint32_t expected;
-  } cases[] = {{"123", 123}, {"123abc", 123}, {"  42", 42},     {"abc", 0},
-               {"", 0},      {nullptr, 0},    {"4294967297", 1}};
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.text != nullptr ? test.text : "(null)");
-    TavClTraceFilter filter;
-    filter.setProcessId(test.text);
-    filter.setThreadId(test.text);
-    EXPECT_EQ(filter.getProcessId(), test.expected);
-    EXPECT_EQ(filter.getThreadId(), test.expected);
-  }
-  TavClTraceFilter filter;
-  EXPECT_TRUE(filter.matchesProcessId(77));
-  filter.setProcessId("77");
-  EXPECT_TRUE(filter.matchesProcessId(77));
-  EXPECT_FALSE(filter.matchesProcessId(78));
 }
 
 TEST(TraceSettings, SettingsInForeignMemoryStartLikeOwnOnes) {
@@ -153,12 +118,7 @@ TEST(TraceEnvironment, DefaultsWithoutVariables) {
   ScopedTraceVariables variables("TSDEFAULT");
   TavClTraceEnvironment environment("tsDefault", nullptr, false);
   const TavClTraceSettings& settings = environment.getSettings();
-  EXPECT_FALSE(environment.isActive());
   EXPECT_EQ(settings.getFilter().getDetail(), TAV_TRACE_DETAIL_LOW);
-  EXPECT_TRUE(settings.isCompressionEnabled());
-  EXPECT_TRUE(settings.isAutosaveEnabled());
-  EXPECT_FALSE(settings.isAutoflushEnabled());
-  EXPECT_FALSE(settings.isAutoclearEnabled());
   EXPECT_FALSE(settings.isVerboseEnabled());
   EXPECT_FALSE(settings.getFilter().usesCompIdFilter());
   EXPECT_EQ(environment.getTotalBufferSize(), 65535u);
@@ -167,12 +127,12 @@ TEST(TraceEnvironment, DefaultsWithoutVariables) {
   EXPECT_STREQ(environment.getTraceFileName(),
                TavClFilename(tavGetTmpDirectory(), "tsDefaulttrace.trc", nullptr).getAsCString());
   EXPECT_STREQ(environment.getFormatString(), TavClTraceEnvironment::kDefaultFormat);
-  EXPECT_STREQ(environment.getKey(), "SEM32:tsDefault:TAVTRACEINSTANCE0");
   EXPECT_FALSE(environment.usesSharedMemory());
   EXPECT_FALSE(environment.isController());
 }
 
-// Each flag variable: switched on by an enabled value, left as it was by any other value.
+// Each flag variable: switched on by an enabled value, left as it was by any other value or
+// when it is not set.
 TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
   using Getter = bool (*)(const TavClTraceEnvironment&);
   const struct {
@@ -191,57 +151,34 @@ TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
        [](const TavClTraceEnvironment& e) { return e.getSettings().isCompressionEnabled(); }, true},
   };
   for (const auto& flag : flags) {
-    for (const char* value : {"on", "Yes", "1", "off", "no", "", "0"}) {
-      SCOPED_TRACE(std::string(flag.suffix) + "=" + value);
+    for (const char* value :
+         {"on", "Yes", "1", "off", "no", "", "0", static_cast<const char*>(nullptr)}) {
+      SCOPED_TRACE(std::string(flag.suffix) + "=" + (value ? value : "(not set)"));
       ScopedTraceVariables variables("TSFLAGS");
       variables.set(flag.suffix, value);
       const std::string file = tav::test::scratchFileName("flags");
       variables.set("_TRACE_FILE", file.c_str());
       TavClTraceEnvironment environment("tsflags", nullptr, false);
-      const bool enabled = std::string("on Yes 1").find(value) != std::string::npos && *value;
+      const bool enabled =
+          value && *value && std::string("on Yes 1").find(value) != std::string::npos;
       EXPECT_EQ(flag.get(environment), enabled || flag.initial);
     }
   }
 }
 
-TEST(TraceEnvironment, BufferSizeInKilobytesWithinLimits) {
-  const struct {
-    const char* text;
-    uint32_t expected;
-  } cases[] = {{"4", 4096},
-               {"5", 5120},
-               {"20000", 16777216},
-               {"16384", 16777216},
-               {"16383", 16776192},
-               {"0", 4096},
-               {"-3", 4096},
-               {"abc", 4096},
-               {"", 4096},
-               {"64kB", 65536},
-               {" +8", 8192},
-               {"99999999999999999999", 16777216},
-               {"-99999999999999", 4096}};
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.text);
-    EXPECT_EQ(TavClTraceEnvironment::bufferSizeFromText(test.text), test.expected);
-  }
-  ScopedTraceVariables variables("TSBUF");
-  variables.set("_TRACE_BUFSIZE", "5");
-  TavClTraceEnvironment environment("tsbuf", nullptr, false);
-  EXPECT_EQ(environment.getTotalBufferSize(), 5120u);
-  EXPECT_EQ(environment.getBufferSize(), 5120u - 48);
-}
-
 TEST(TraceEnvironment, DetailSetFileAndFormatVariables) {
   ScopedTraceVariables variables("TSVALUES");
   variables.set("_TRACE_DETAIL", "high");
+  variables.set("_TRACE_BUFSIZE", "5");
   variables.set("_TRACE_COMPSET", "*,-7");
   variables.set("_TRACE_FILE", "some/where.trc");
   const std::string longFormat(600, 'f');
   variables.set("_TRACE_FORMAT", longFormat.c_str());
   TavClTraceEnvironment environment("tsvalues", "second", false);
   EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
-  EXPECT_EQ(matchingIds(environment.getSettings().getFilter()), allIdsBut({7}));
+  EXPECT_EQ(matchingIds(environment.getSettings().getFilter()), idsOf("0-6 8-255"));
+  EXPECT_EQ(environment.getTotalBufferSize(), 5120u);
+  EXPECT_EQ(environment.getBufferSize(), 5120u - 48);
   EXPECT_STREQ(environment.getTraceFileName(), "some/where.trc");
   EXPECT_EQ(std::string(environment.getFormatString()), longFormat.substr(0, 512));
   EXPECT_STREQ(environment.getKey(), "SEM32:tsvalues:second");

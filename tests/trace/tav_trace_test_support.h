@@ -1,10 +1,11 @@
 // tav_trace_test_support.h - a trace environment whose settings a test chooses, scratch files,
-// and a reader that turns a trace file back into records.
+// the test data files, and a reader that turns a trace file back into records.
 
 #ifndef TAV_TRACE_TEST_SUPPORT_H
 #define TAV_TRACE_TEST_SUPPORT_H
 
 #include <cstdint>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,23 @@ class TestTraceEnvironment : public TavClTraceEnvironmentABase {
 std::string scratchFileName(const char* stem);
 std::string readFileBytes(const std::string& fileName);
 
+// The bytes of a file under tests/data/trace.
+std::string readTestData(const char* name);
+
+// A row of a table under tests/data/trace, and where it stands there (for SCOPED_TRACE).
+struct TableRow {
+  std::string where;
+  std::vector<std::string> fields;
+};
+
+// The rows of a table under tests/data/trace: one row a line, fields separated by blanks, each
+// a word or a quoted string with C escapes ("a\tb\x00"). Blank lines and lines starting with #
+// are left out.
+std::vector<TableRow> readTable(const char* name);
+
+// value as width bytes, least significant first, as trace records store numbers.
+std::string littleEndian(uint64_t value, unsigned width);
+
 // The bytes of a record as the buffer stores them: header, texts and data.
 std::string recordBytes(const TavClTraceEntry& entry);
 
@@ -48,6 +66,10 @@ struct RecordRead {
   std::string origin;
   std::string data;
 };
+
+// Records compare field by field and print on one line, so that a test can expect whole records.
+bool operator==(const RecordRead& left, const RecordRead& right);
+void PrintTo(const RecordRead& record, std::ostream* out);
 
 // Reads every record of a trace file's bytes. *endsOnRecord tells whether the bytes end exactly
 // behind the last record's data (rather than inside a record).

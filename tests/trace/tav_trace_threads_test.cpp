@@ -1,30 +1,34 @@
-// Several threads tracing into one buffer that is written to a file: every record must arrive
-// whole and in each thread's order. The test command also runs this under ThreadSanitizer.
+// Several threads tracing into one trace file, straight into a buffer and through the trace
+// functions: every record must arrive whole and in its thread's order. The test command also
+// runs these tests under ThreadSanitizer.
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <filesystem>
+#include <functional>
+#include <map>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "tav_process.h"
+#include "tav_trace.h"
 #include "tav_trace_buffer.h"
 #include "tav_trace_test_support.h"
 
 namespace {
 
-using tav::test::readFileBytes;
-using tav::test::readRecords;
-using tav::test::scratchFileName;
+using tav::test::RecordRead;
 using tav::test::TestTraceEnvironment;
 
 constexpr int kThreads = 4;
-constexpr int kRecordsPerThread = 1500;
 
-// Data whose length and contents follow from the thread and the record number, so that a
-// record with another record's bytes inside it cannot pass.
+// The message and data of a thread's record follow from the thread and the record number, so
+// that a record with another record's bytes inside it cannot pass.
+std::string messageFor(int thread, int number) {
+  return "thread " + std::to_string(thread) + " record " + std::to_string(number);
+}
+
 std::string dataFor(int thread, int number) {
   std::string data(static_cast<size_t>((number * 7 + thread * 13) % 300), '\0');
   for (size_t index = 0; index < data.size(); ++index) {
@@ -33,56 +37,101 @@ std::string dataFor(int thread, int number) {
   return data;
 }
 
-TEST(TraceBufferThreads, RecordsFromConcurrentThreadsEachArriveWhole) {
+using WriteRecord = std::function<void(int thread, int number)>;
+
+// Runs kThreads threads that each write records 0 to perThread - 1; gives their thread ids.
+std::vector<uint32_t> runThreads(int perThread, const WriteRecord& write) {
+  std::vector<uint32_t> threadIds(kThreads);
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&, thread] {
+      threadIds[thread] = TavClThreadProperty().getId();
+      for (int number = 0; number < perThread; ++number) write(thread, number);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  return threadIds;
+}
+
+// Every thread's records in the file, whole and in order; with functions, each data record
+// between a function entry and exit of its own.
+void expectEachThreadInOrder(const std::string& fileName, const std::vector<uint32_t>& threadIds,
+                             int perThread, bool withFunctions) {
+  TestTraceEnvironment reader;
+  bool endsOnRecord = false;
+  const auto records =
+      tav::test::readRecords(reader, tav::test::readFileBytes(fileName), &endsOnRecord);
+  std::filesystem::remove(fileName);
+  EXPECT_TRUE(endsOnRecord);
+  std::map<uint32_t, std::vector<const RecordRead*>> byThread;
+  for (const RecordRead& record : records) byThread[record.threadId].push_back(&record);
+  ASSERT_EQ(byThread.size(), static_cast<size_t>(kThreads));
+  const size_t step = withFunctions ? 3 : 1;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    SCOPED_TRACE(testing::Message() << "thread " << thread);
+    const auto& own = byThread[threadIds[thread]];
+    ASSERT_EQ(own.size(), perThread * step);
+    for (int number = 0; number < perThread; ++number) {
+      const RecordRead& data = *own[number * step + (withFunctions ? 1 : 0)];
+      ASSERT_EQ(data.componentId, thread);
+      ASSERT_EQ(data.message, messageFor(thread, number));
+      ASSERT_EQ(data.origin, "worker");
+      ASSERT_EQ(data.data, dataFor(thread, number)) << data.message;
+      if (withFunctions) {
+        ASSERT_EQ(own[number * step]->type, TAV_TRACE_TYPE_FUNCTION_ENTRY);
+        ASSERT_EQ(own[number * step + 2]->type, TAV_TRACE_TYPE_FUNCTION_EXIT);
+      }
+    }
+  }
+}
+
+TEST(TraceThreads, RecordsWrittenIntoOneBufferEachArriveWhole) {
   // The smallest buffer a trace environment makes, so that the ring wraps very often.
   constexpr uint64_t kBufferSize = 4096;
+  constexpr int kRecordsPerThread = 1500;
   for (const bool compress : {false, true}) {
     SCOPED_TRACE(compress ? "compressed" : "plain");
     TestTraceEnvironment environment(compress, kBufferSize - 48);
-    environment.fileName = scratchFileName("threads");
+    environment.fileName = tav::test::scratchFileName("threads");
     std::vector<uint64_t> memory(kBufferSize / 8);
     TavClTraceBufferManager manager(environment, memory.data(), kBufferSize);
     TavClTraceFileWriter writer(environment);
     manager.setOverflowCallback(&TavClTraceFileWriter::appendHandOut, &writer);
-
-    std::vector<uint32_t> threadIds(kThreads);
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < kThreads; ++thread) {
-      threads.emplace_back([&, thread] {
-        threadIds[thread] = TavClThreadProperty().getId();
-        for (int number = 0; number < kRecordsPerThread; ++number) {
-          const std::string message =
-              "thread " + std::to_string(thread) + " record " + std::to_string(number);
-          const std::string data = dataFor(thread, number);
-          const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW,
-                                      static_cast<uint16_t>(thread), TAV_TRACE_TYPE_DATA, "worker",
-                                      message.c_str(), data.data(), data.size());
-          manager.write(entry);
-          if (number % 500 == 0) manager.flush();
-        }
-      });
-    }
-    for (std::thread& thread : threads) thread.join();
+    const auto threadIds = runThreads(kRecordsPerThread, [&](int thread, int number) {
+      const std::string message = messageFor(thread, number);
+      const std::string data = dataFor(thread, number);
+      manager.write(TavClTraceEntry(environment, TAV_TRACE_DETAIL_LOW,
+                                    static_cast<uint16_t>(thread), TAV_TRACE_TYPE_DATA, "worker",
+                                    message.c_str(), data.data(), data.size()));
+      if (number % 500 == 0) manager.flush();
+    });
     manager.flush();
-
-    bool endsOnRecord = false;
-    const auto records =
-        readRecords(environment, readFileBytes(environment.fileName), &endsOnRecord);
-    std::filesystem::remove(environment.fileName);
-    EXPECT_TRUE(endsOnRecord);
-    ASSERT_EQ(records.size(), static_cast<size_t>(kThreads * kRecordsPerThread));
-    std::vector<int> nextNumber(kThreads, 0);
-    for (const auto& record : records) {
-      const int thread = record.componentId;
-      ASSERT_LT(thread, kThreads);
-      const int number = nextNumber[thread]++;
-      ASSERT_EQ(record.message,
-                "thread " + std::to_string(thread) + " record " + std::to_string(number));
-      ASSERT_EQ(record.origin, "worker");
-      ASSERT_EQ(record.threadId, threadIds[thread]);
-      ASSERT_EQ(record.data, dataFor(thread, number)) << record.message;
-    }
+    expectEachThreadInOrder(environment.fileName, threadIds, kRecordsPerThread, false);
   }
+}
+
+TEST(TraceThreads, TraceCallsFromManyThreadsAllReachTheFileWhole) {
+  constexpr int kRepetitions = 800;
+  const std::string file = tav::test::scratchFileName("instance_threads");
+  tav::test::ScopedTraceVariables variables("TITHREADS");
+  variables.set("_TRACE_ACTIVE", "on");
+  variables.set("_TRACE_FILE", file.c_str());
+  variables.set("_TRACE_BUFSIZE", "4");  // the smallest buffer: it is handed out very often
+  tavTraceCreateInstance("tithreads", nullptr);
+  ASSERT_TRUE(tavTraceIsEnabled());
+  const auto threadIds = runThreads(kRepetitions, [](int thread, int number) {
+    if (!TAV_TRACE_IS_ENABLED()) return;
+    const std::string message = messageFor(thread, number);
+    const std::string data = dataFor(thread, number);
+    tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_FUNCTION_ENTRY, "work", nullptr, nullptr,
+                 0);
+    tavTraceDump(TAV_TRACE_DETAIL_LOW, static_cast<uint16_t>(thread), TAV_TRACE_TYPE_DATA, "worker",
+                 message.c_str(), data.data(), data.size());
+    tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_FUNCTION_EXIT, "work", nullptr, nullptr,
+                 0);
+  });
+  tavTraceDeleteInstance();
+  expectEachThreadInOrder(file, threadIds, kRepetitions, true);
 }
 
 }  // namespace
