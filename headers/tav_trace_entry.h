@@ -92,14 +92,11 @@ class TAV_API TavClTraceEntry {
 
   TavEnTraceDetail getDetail() const;
   TavEnTraceDataType getType() const;
-  uint16_t getComponentId() const { return record[1]; }
+  uint16_t getComponentId() const;
   uint32_t getTimeStamp() const;
   uint32_t getProcessId() const;
   uint32_t getThreadId() const;
-  uint64_t getSizeOfDumpData() const {
-    return static_cast<uint32_t>(record[16]) | static_cast<uint32_t>(record[17]) << 8 |
-           static_cast<uint32_t>(record[18]) << 16 | static_cast<uint32_t>(record[19]) << 24;
-  }
+  uint64_t getSizeOfDumpData() const;
 
   // The header with both texts as stored: getHeaderSize() bytes, written before the data.
   const uint8_t* getHeader() const { return record; }
@@ -129,11 +126,10 @@ class TAV_API TavClTraceEntry {
   // An empty record (all bytes 0) for reading into.
   explicit TavClTraceEntry(TavClTraceEnvironmentABase& environment);
 
-  bool isCompressed() const { return (record[0] & kCompressedBit) != 0; }
+  bool isCompressed() const;
   // Clears the header and both texts.
   void clearRecord();
 
-  static constexpr uint8_t kCompressedBit = 0x20;
   // The header, two texts of up to 255 bytes, and the one byte by which a compressed message
   // may overshoot its capacity.
   static constexpr size_t kRecordImageSize = kHeaderSize + 2 * kMaxStoredTextLength + 2;
@@ -144,20 +140,9 @@ class TAV_API TavClTraceEntry {
   const void* dumpData;
 
  private:
-  static constexpr uint8_t kTypeBits = 0x1F;
-  static constexpr uint8_t kDetailBits = 0xC0;
-  static constexpr unsigned kDetailShift = 6;
-
   // Both keep the other bits of the flags byte, except that setType clears the compressed bit.
-  void setDetail(TavEnTraceDetail detail) {
-    record[0] =
-        static_cast<uint8_t>((record[0] & ~kDetailBits) |
-                             ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits));
-  }
-  void setType(TavEnTraceDataType type) {
-    record[0] =
-        static_cast<uint8_t>((record[0] & kDetailBits) | (static_cast<unsigned>(type) & kTypeBits));
-  }
+  void setDetail(TavEnTraceDetail detail);
+  void setType(TavEnTraceDataType type);
 };
 
 // A record read back from a trace file. read takes the header and both texts; the data block

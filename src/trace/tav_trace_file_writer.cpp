@@ -17,6 +17,7 @@
 #include "tav_error.h"
 #include "tav_trace_buffer.h"
 #include "tav_trace_os.h"
+#include "tav_trace_record_layout.h"
 
 namespace {
 
@@ -32,11 +33,6 @@ void report(const char* format, ...) {
   va_end(arguments);
   std::fputs("]\n", stdout);
   std::fflush(stdout);
-}
-
-uint32_t loadLittleEndian32(const uint8_t* field) {
-  return static_cast<uint32_t>(field[0]) | static_cast<uint32_t>(field[1]) << 8 |
-         static_cast<uint32_t>(field[2]) << 16 | static_cast<uint32_t>(field[3]) << 24;
 }
 
 // A run of bytes of the handed-out stream.
@@ -66,7 +62,7 @@ uint64_t TavClTraceFileWriter::writeToFile(int fileHandle, const uint8_t* bytes,
 
 TavClTraceFileWriter::Boundaries TavClTraceFileWriter::followRecords(const uint8_t* bytes,
                                                                      uint64_t length) {
-  constexpr uint32_t kHeaderSize = TavClTraceEntry::kHeaderSize;
+  constexpr size_t kHeaderSize = tav::trace_record::kHeaderSize;
   Boundaries found{kNoBoundary, kNoBoundary};
   uint64_t position = 0;
   while (position < length) {
@@ -77,7 +73,7 @@ TavClTraceFileWriter::Boundaries TavClTraceFileWriter::followRecords(const uint8
       headerBytesSeen += static_cast<uint32_t>(take);
       position += take;
       if (headerBytesSeen < kHeaderSize) break;
-      bodyBytesToCome = uint64_t{header[2]} + header[3] + loadLittleEndian32(header + 16);
+      bodyBytesToCome = tav::trace_record::bodySizeOf(header);
     }
     const uint64_t take = bodyBytesToCome < length - position ? bodyBytesToCome : length - position;
     position += take;

@@ -18,8 +18,11 @@
 #include "tav_error.h"
 #include "tav_message.h"
 #include "tav_trace_os.h"
+#include "tav_trace_record_layout.h"
 
 namespace {
+
+using tav::trace_record::loadLittleEndian;
 
 // The fixed texts of the display, as numbered in the library's catalog.
 constexpr unsigned long kMessageBytes = 189;
@@ -107,12 +110,6 @@ class TraceFileReadBuffer : public std::streambuf {
   bool readFailed = false;
   uint8_t buffer[16384];
 };
-
-uint64_t loadLittleEndian(const uint8_t* bytes, unsigned count) {
-  uint64_t value = 0;
-  for (unsigned i = count; i > 0; --i) value = value << 8 | bytes[i - 1];
-  return value;
-}
 
 // The integer types: their width in bytes and whether they are signed.
 struct IntegerLayout {
