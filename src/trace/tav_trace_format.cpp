@@ -111,23 +111,35 @@ class TraceFileReadBuffer : public std::streambuf {
   uint8_t buffer[16384];
 };
 
-// The integer types: their width in bytes and whether they are signed.
-struct IntegerLayout {
-  unsigned width;
+// What the formatter knows of each data type, indexed by its value.
+struct DataTypeFacts {
+  const char* shortTag;
+  const char* longName;
+  unsigned integerWidth;  // in bytes; 0 for the types that are no integers
   bool isSigned;
 };
 
-IntegerLayout integerLayoutOf(uint32_t type) {
-  switch (type) {
-    case TAV_TRACE_TYPE_INT8: return {1, true};
-    case TAV_TRACE_TYPE_UINT8: return {1, false};
-    case TAV_TRACE_TYPE_INT16: return {2, true};
-    case TAV_TRACE_TYPE_UINT16: return {2, false};
-    case TAV_TRACE_TYPE_INT32: return {4, true};
-    case TAV_TRACE_TYPE_UINT32: return {4, false};
-    case TAV_TRACE_TYPE_INT64: return {8, true};
-    default: return {8, false};
+#define TAV_TRACE_DATA_TYPE_FACTS(name, value, tag, longName, width, isSigned) \
+  {tag, longName, width, isSigned != 0},
+constexpr DataTypeFacts kDataTypes[] = {TAV_TRACE_DATA_TYPE_LIST(TAV_TRACE_DATA_TYPE_FACTS)};
+#undef TAV_TRACE_DATA_TYPE_FACTS
+
+// The table is indexed by value, so the list must count up from 0 without gaps.
+#define TAV_TRACE_DATA_TYPE_VALUE(name, value, tag, longName, width, isSigned) value,
+constexpr unsigned kDataTypeValues[] = {TAV_TRACE_DATA_TYPE_LIST(TAV_TRACE_DATA_TYPE_VALUE)};
+#undef TAV_TRACE_DATA_TYPE_VALUE
+constexpr bool valuesCountUpFromZero() {
+  for (unsigned i = 0; i < sizeof(kDataTypeValues) / sizeof(kDataTypeValues[0]); ++i) {
+    if (kDataTypeValues[i] != i) return false;
   }
+  return true;
+}
+static_assert(valuesCountUpFromZero(), "the data types are listed in the order of their values");
+static_assert(sizeof(kDataTypeValues) / sizeof(kDataTypeValues[0]) <= 32,
+              "a record has five bits for its data type");
+
+const DataTypeFacts* factsOf(uint32_t type) {
+  return type < sizeof(kDataTypes) / sizeof(kDataTypes[0]) ? &kDataTypes[type] : nullptr;
 }
 
 // The 80-bit extended format: 64 bits of mantissa with its leading bit, then 15 bits of
@@ -220,36 +232,13 @@ void TavClTraceFormatter::setDisplayIndentation(const char* text) {
 }
 
 const char* TavClTraceFormatter::getTypeAsShortCString(uint32_t type) {
-  static const char* const kShort[] = {"",     "FE",  "FX",  "ND", "DA", "DA",  "DA",  "p",
-                                       "cpsz", "wc",  "b",   "i8", "w8", "i16", "w16", "i32",
-                                       "w32",  "i64", "w64", "f",  "d",  "ld"};
-  return type < sizeof(kShort) / sizeof(kShort[0]) ? kShort[type] : "";
+  const DataTypeFacts* facts = factsOf(type);
+  return facts != nullptr ? facts->shortTag : "";
 }
 
 const char* TavClTraceFormatter::getTypeAsLongCString(uint32_t type) {
-  static const char* const kLong[] = {"",
-                                      "FUNCTION ENTRY",
-                                      "FUNCTION EXIT",
-                                      "NO DATA",
-                                      "DATA",
-                                      "DATA",
-                                      "DATA",
-                                      "Address",
-                                      "C string",
-                                      "Unicode",
-                                      "bool",
-                                      "signed integer (8 bits)",
-                                      "unsigned integer (8 bits)",
-                                      "signed integer (16 bits)",
-                                      "unsigned integer (16 bits)",
-                                      "signed integer (32 bits)",
-                                      "unsigned integer (32 bits)",
-                                      "signed integer (64 bits)",
-                                      "unsigned integer (64 bits)",
-                                      "float",
-                                      "double",
-                                      "long double"};
-  return type < sizeof(kLong) / sizeof(kLong[0]) ? kLong[type] : "";
+  const DataTypeFacts* facts = factsOf(type);
+  return facts != nullptr ? facts->longName : "";
 }
 
 void TavClTraceFormatter::format(std::ostream& stream) {
@@ -470,7 +459,7 @@ void TavClTraceFormatter::formatSmallData(uint32_t type, uint64_t size) {
     case TAV_TRACE_TYPE_DOUBLE:
     case TAV_TRACE_TYPE_LONG_DOUBLE: formatFloat(type, size); return;
     default:
-      if (type >= TAV_TRACE_TYPE_INT8 && type <= TAV_TRACE_TYPE_UINT64) {
+      if (factsOf(type) != nullptr && factsOf(type)->integerWidth != 0) {
         formatInteger(type);
         return;
       }
@@ -483,11 +472,12 @@ void TavClTraceFormatter::formatSmallData(uint32_t type, uint64_t size) {
   }
 }
 
+// Called for the integer types only.
 void TavClTraceFormatter::formatInteger(uint32_t type) {
   static constexpr char kHexDigits[] = "0123456789abcdef";
-  const IntegerLayout layout = integerLayoutOf(type);
-  const uint64_t raw = loadLittleEndian(smallData, layout.width);
-  const unsigned bits = layout.width * 8;
+  const DataTypeFacts& layout = *factsOf(type);
+  const uint64_t raw = loadLittleEndian(smallData, layout.integerWidth);
+  const unsigned bits = layout.integerWidth * 8;
   const uint64_t signBit = uint64_t{1} << (bits - 1);
   const bool negative = layout.isSigned && (raw & signBit) != 0;
   // The magnitude of a negative value: the two's complement within the type's width.
@@ -503,7 +493,7 @@ void TavClTraceFormatter::formatInteger(uint32_t type) {
       displayChar(kHexDigits[raw >> (shift - 4) & 0xF]);
   };
 
-  if (layout.width == 1) {
+  if (layout.integerWidth == 1) {
     displayHex();
     displayChar('/');
     displayDecimal();
