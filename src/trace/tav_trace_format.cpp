@@ -30,41 +30,31 @@ constexpr unsigned long kMessageClipped = 190;
 constexpr unsigned long kMessageNullPointer = 191;
 constexpr unsigned long kMessageNestingLevel = 192;
 
-// Where each failure is reported; the numbers are part of the formatter's interface.
-constexpr uint32_t kLineCouldNotOpen = 837;
-constexpr uint32_t kLineEofInFormat = 644;
-constexpr uint32_t kLineEofAtData = 342;
-constexpr uint32_t kLineAddressSize = 364;
-constexpr uint32_t kLineSmallDataSize = 377;
-constexpr uint32_t kLineEntrySize = 398;
-constexpr uint32_t kLineExitSize = 416;
-constexpr uint32_t kLineNoDataSize = 433;
-constexpr uint32_t kLineEofInSkip = 186;
-
-#define TAV_TRACE_FORMAT_POSITION(line) "tav_trace_format:" TAV_STRINGIZE(line)
-
+// Where each failure is reported: a line number and the module text "tav_trace_format:<line>",
+// both from one literal. The numbers are part of the formatter's interface, not lines of this
+// file.
 struct FailureSite {
   uint32_t line;
   const char* module;
 };
+#define TAV_TRACE_FORMAT_SITE(number) \
+  { number, "tav_trace_format:" #number }
 
-constexpr FailureSite kSites[] = {
-    {kLineCouldNotOpen, TAV_TRACE_FORMAT_POSITION(837)},
-    {kLineEofInFormat, TAV_TRACE_FORMAT_POSITION(644)},
-    {kLineEofAtData, TAV_TRACE_FORMAT_POSITION(342)},
-    {kLineAddressSize, TAV_TRACE_FORMAT_POSITION(364)},
-    {kLineSmallDataSize, TAV_TRACE_FORMAT_POSITION(377)},
-    {kLineEntrySize, TAV_TRACE_FORMAT_POSITION(398)},
-    {kLineExitSize, TAV_TRACE_FORMAT_POSITION(416)},
-    {kLineNoDataSize, TAV_TRACE_FORMAT_POSITION(433)},
-    {kLineEofInSkip, TAV_TRACE_FORMAT_POSITION(186)},
-};
+constexpr FailureSite kCouldNotOpen = TAV_TRACE_FORMAT_SITE(837);
+constexpr FailureSite kEofInFormat = TAV_TRACE_FORMAT_SITE(644);
+constexpr FailureSite kEofAtData = TAV_TRACE_FORMAT_SITE(342);
+constexpr FailureSite kAddressSize = TAV_TRACE_FORMAT_SITE(364);
+constexpr FailureSite kSmallDataSize = TAV_TRACE_FORMAT_SITE(377);
+constexpr FailureSite kEntrySize = TAV_TRACE_FORMAT_SITE(398);
+constexpr FailureSite kExitSize = TAV_TRACE_FORMAT_SITE(416);
+constexpr FailureSite kNoDataSize = TAV_TRACE_FORMAT_SITE(433);
+constexpr FailureSite kEofInSkip = TAV_TRACE_FORMAT_SITE(186);
 
-[[noreturn]] void raise(uint32_t id, uint32_t line) {
-  const char* module = nullptr;
-  for (const FailureSite& site : kSites) {
-    if (site.line == line) module = site.module;
-  }
+#undef TAV_TRACE_FORMAT_SITE
+
+[[noreturn]] void raise(uint32_t id, const FailureSite& site) {
+  const char* module = site.module;
+  const uint32_t line = site.line;
   switch (id) {
     case TRACEFORMAT_COULD_NOT_OPEN:
       throw TavClExceptionFatal("Could not open trace file for read access", module, line, id,
@@ -244,11 +234,11 @@ const char* TavClTraceFormatter::getTypeAsLongCString(uint32_t type) {
 void TavClTraceFormatter::format(std::ostream& stream) {
   int errorNumber = 0;
   const int handle = tav::os::openTraceFileForRead(environment.getTraceFileName(), &errorNumber);
-  if (handle == -1) raise(TRACEFORMAT_COULD_NOT_OPEN, kLineCouldNotOpen);
+  if (handle == -1) raise(TRACEFORMAT_COULD_NOT_OPEN, kCouldNotOpen);
   TraceFileReadBuffer file(handle);
   std::istream input(&file);
   format(input, stream);
-  if (file.hasReadFailed()) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInFormat);
+  if (file.hasReadFailed()) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
 }
 
 void TavClTraceFormatter::format(std::istream& input, std::ostream& stream) {
@@ -322,7 +312,7 @@ uint32_t TavClTraceFormatter::depthOf(const TavClTraceFileEntry& entry) const {
 void TavClTraceFormatter::walkFormat(std::istream& input, const TavClTraceFileEntry& entry,
                                      bool showOrigin) {
   for (const char* cursor = formatString; *cursor != '\0'; ++cursor) {
-    if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInFormat);
+    if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
     const char c = *cursor;
     if (c != '%' && c != '\\') {
       // Plain text up to the next directive goes out in one piece.
@@ -376,12 +366,12 @@ void TavClTraceFormatter::walkFormat(std::istream& input, const TavClTraceFileEn
 }
 
 void TavClTraceFormatter::skipEntry(std::istream& input, uint64_t size) {
-  if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInSkip);
+  if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInSkip);
   dataConsumed = true;
   if (size == 0) return;
   input.ignore(static_cast<std::streamsize>(size));
   if (static_cast<uint64_t>(input.gcount()) != size) {
-    raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInSkip);
+    raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInSkip);
   }
 }
 
@@ -389,12 +379,12 @@ void TavClTraceFormatter::readExactly(std::istream& input, uint8_t* buffer, uint
   if (count == 0) return;
   input.read(reinterpret_cast<char*>(buffer), static_cast<std::streamsize>(count));
   if (static_cast<uint64_t>(input.gcount()) != count) {
-    raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInFormat);
+    raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
   }
 }
 
 void TavClTraceFormatter::formatData(std::istream& input, const TavClTraceFileEntry& entry) {
-  if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofAtData);
+  if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofAtData);
   const uint32_t type = entry.getType();
   const uint64_t size = entry.getSizeOfDumpData();
   dataConsumed = true;
@@ -410,7 +400,7 @@ void TavClTraceFormatter::formatData(std::istream& input, const TavClTraceFileEn
       return;
     case TAV_TRACE_TYPE_CSTRING: formatCString(input, size); return;
     case TAV_TRACE_TYPE_POINTER:
-      if (size != 8) raise(TRACEFORMAT_FILE_CORRUPTED, kLineAddressSize);
+      if (size != 8) raise(TRACEFORMAT_FILE_CORRUPTED, kAddressSize);
       readExactly(input, smallData, 8);
       formatAdrs();
       return;
@@ -425,15 +415,15 @@ void TavClTraceFormatter::readSmallData(std::istream& input, const TavClTraceFil
   if (smallDataLoaded) return;
   const uint32_t type = entry.getType();
   const uint64_t size = entry.getSizeOfDumpData();
-  if (size >= kMaxSmallDataSize) raise(TRACEFORMAT_FILE_CORRUPTED, kLineSmallDataSize);
+  if (size >= kMaxSmallDataSize) raise(TRACEFORMAT_FILE_CORRUPTED, kSmallDataSize);
   if (type == TAV_TRACE_TYPE_FUNCTION_ENTRY && size != 4) {
-    raise(TRACEFORMAT_FILE_CORRUPTED, kLineEntrySize);
+    raise(TRACEFORMAT_FILE_CORRUPTED, kEntrySize);
   }
   if (type == TAV_TRACE_TYPE_FUNCTION_EXIT && size != 4) {
-    raise(TRACEFORMAT_FILE_CORRUPTED, kLineExitSize);
+    raise(TRACEFORMAT_FILE_CORRUPTED, kExitSize);
   }
   if (type == TAV_TRACE_TYPE_NO_DATA && size != 0) {
-    raise(TRACEFORMAT_FILE_CORRUPTED, kLineNoDataSize);
+    raise(TRACEFORMAT_FILE_CORRUPTED, kNoDataSize);
   }
   // Values shorter than their type read the missing bytes as zero.
   std::memset(smallData, 0, sizeof(smallData));
