@@ -19,8 +19,8 @@
 // "on" is whatever the environment variable facility counts as enabled (ON, YES, TRUE, 1). The
 // flag variables can only switch a flag on: since compression and autosave start on, the
 // environment cannot switch them off; only the program can, through TavClTraceSettings.
-// Variable names are cut at TavClEnvironmentVariableABase::kMaxNameLength characters, so keys
-// longer than 24 characters lose the end of their suffixes.
+// Keys of any length name their variables in full. The default trace file name is a file name
+// like any other and so is kept to TAV_PATH_MAX_LENGTH characters.
 //
 // Nothing read from the environment can fail: bad numbers become the nearest valid value (a bad
 // buffer size 4096 bytes), a bad detail becomes OFF, and unknown characters are skipped.

@@ -328,4 +328,21 @@ TEST(TraceEnvironment, OutOfMemoryWhileBuildingLeaksNothing) {
       [] { TavClTraceEnvironment environment("tsmemory", nullptr, false); });
 }
 
+// A key of more than 24 characters names its variables and the default trace file in full:
+// with names cut short, the suffixes would run together into one variable.
+TEST(TraceEnvironment, LongKeysKeepEveryVariableApart) {
+  const std::string key = "ABCDEFGHIJKLMNOPQRSTUVWXYZ_LONGKEY";
+  ScopedTraceVariables variables(key);
+  variables.set("_TRACE_ACTIVE", "on");
+  variables.set("_TRACE_DETAIL", "HIGH");
+  variables.set("_TRACE_FORMAT", "%m");
+  TavClTraceEnvironment environment(key.c_str(), nullptr, false);
+  EXPECT_TRUE(environment.isActive());
+  EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
+  EXPECT_STREQ(environment.getFormatString(), "%m");
+  EXPECT_STREQ(
+      environment.getTraceFileName(),
+      TavClFilename(tavGetTmpDirectory(), (key + "trace.trc").c_str(), nullptr).getAsCString());
+}
+
 }  // namespace
