@@ -8,6 +8,7 @@
 #include <new>
 
 #include "tav_environment.h"
+#include "tav_error.h"
 #include "tav_memmgr.h"
 #include "tav_trace_environment.h"
 
@@ -52,7 +53,7 @@ class TraceVariable : public TavClEnvironmentVariableQueryOnly {
 const char* onOff(bool on) { return on ? "on" : "off"; }
 
 void reportLine(const char* label, const char* value) {
-  std::printf("[TAV: TRACE: %s %s]\n", label, value);
+  std::fprintf(tavGetReportStream(), "[TAV: TRACE: %s %s]\n", label, value);
 }
 
 }  // namespace
@@ -181,5 +182,5 @@ void TavClTraceEnvironment::reportSettings(const char* key) const {
   reportLine("format:", formatString);
   reportLine("file:", getTraceFileName());
   reportLine("sharedMemory:", onOff(sharedMemory));
-  std::fflush(stdout);
+  std::fflush(tavGetReportStream());
 }

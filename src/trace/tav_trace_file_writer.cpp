@@ -23,16 +23,17 @@ namespace {
 
 constexpr uint64_t kNoBoundary = UINT64_MAX;
 
-// One line on standard output: "[TAV: TRACE: " text "]".
+// One line on the report stream: "[TAV: TRACE: " text "]".
 void report(const char* format, ...) TAV_PRINTF_FORMAT(1, 2);
 void report(const char* format, ...) {
-  std::fputs("[TAV: TRACE: ", stdout);
+  FILE* stream = tavGetReportStream();
+  std::fputs("[TAV: TRACE: ", stream);
   va_list arguments;
   va_start(arguments, format);
-  std::vprintf(format, arguments);
+  std::vfprintf(stream, format, arguments);
   va_end(arguments);
-  std::fputs("]\n", stdout);
-  std::fflush(stdout);
+  std::fputs("]\n", stream);
+  std::fflush(stream);
 }
 
 // A run of bytes of the handed-out stream.

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tav_filename.h"
+#include "tav_report_capture.h"
 #include "tav_test_allocator.h"
 #include "tav_trace_environment.h"
 #include "tav_trace_test_support.h"
@@ -259,12 +260,12 @@ TEST(TraceEnvironment, VerboseReportsEverySettingInOrder) {
   variables.set("_TRACE_VERBOSE", "on");
   variables.set("_TRACE_FILE", "report.trc");
   variables.set("_TRACE_AUTOSAVE", "off");
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   {
     TavClTraceEnvironment environment("tsverbose", nullptr, false);
     EXPECT_TRUE(environment.isVerbose());
   }
-  const std::string output = testing::internal::GetCapturedStdout();
+  const std::string output = reports.take();
   const char* labels[] = {
       "key:",       "active:",    "resource key:", "compression:", "autosave:",
       "autoflush:", "autoclear:", "detail:",       "buffersize:",  "process id:",
@@ -309,7 +310,7 @@ TEST(TraceEnvironment, AFileThatCannotBeWrittenIsReportedAndTracingGoesOn) {
   variables.set("_TRACE_FILE", file.c_str());
   variables.set("_TRACE_VERBOSE", "on");
   variables.set("_TRACE_BUFSIZE", "4");
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   {
     TavClTraceEnvironment environment("tsbadfile", nullptr, false);
     const std::string message(200, 'm');
@@ -318,7 +319,7 @@ TEST(TraceEnvironment, AFileThatCannotBeWrittenIsReportedAndTracingGoesOn) {
                                       "origin", message.c_str(), nullptr, 0));
     }
   }
-  const std::string output = testing::internal::GetCapturedStdout();
+  const std::string output = reports.take();
   EXPECT_NE(output.find("[TAV: TRACE: could not open: " + file), std::string::npos) << output;
 }
 
