@@ -78,6 +78,16 @@ TEST_F(EnvironmentVariable, LongNamesAreKeptWhole) {
   EXPECT_EQ(variable.getName(), longName);
   EXPECT_STREQ(TavClEnvironmentVariableQueryOnly(longName.c_str()).getValue(), "whole");
   EXPECT_EQ(TavClEnvironmentVariableQueryOnly(longName.substr(0, 40).c_str()).getValue(), nullptr);
+  // Copies own their long names: each one outlives the others.
+  TavClEnvironmentVariableQueryOnly assigned;
+  {
+    const TavClEnvironmentVariableQueryOnly original(longName.c_str());
+    TavClEnvironmentVariableQueryOnly copied = original;
+    assigned = copied;
+    EXPECT_EQ(copied.getName(), longName);
+  }
+  EXPECT_EQ(assigned.getName(), longName);
+  EXPECT_STREQ(assigned.getValue(), "whole");
   variable.resetValue();
 }
 
