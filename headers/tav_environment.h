@@ -15,7 +15,13 @@
 
 class TAV_API TavClEnvironmentVariableABase {
  public:
-  static constexpr size_t kMaxNameLength = 40;
+  // Names up to this length are kept inside the object; longer ones, of any length, are copied
+  // into memory from the memory manager.
+  static constexpr size_t kInlineNameLength = 40;
+
+  ~TavClEnvironmentVariableABase();
+  TavClEnvironmentVariableABase(const TavClEnvironmentVariableABase& other);
+  TavClEnvironmentVariableABase& operator=(const TavClEnvironmentVariableABase& other);
 
   // The current value, or null when the variable is not set. The text belongs to the C runtime
   // and stays valid until the environment changes.
@@ -29,10 +35,14 @@ class TAV_API TavClEnvironmentVariableABase {
 
  protected:
   explicit TavClEnvironmentVariableABase(const char* name);
-  // Names longer than kMaxNameLength characters are cut.
+  // Takes a copy of the whole name; null means the empty name. Throws when a long name cannot
+  // be allocated, and the old name stays.
   void initName(const char* name);
 
-  char name[kMaxNameLength + 1];
+  const char* name = inlineName;  // inlineName, or a block of the memory manager
+
+ private:
+  char inlineName[kInlineNameLength + 1] = {};
 };
 
 class TAV_API TavClEnvironmentVariable : public TavClEnvironmentVariableABase {

@@ -12,6 +12,7 @@
 #define TAV_ERROR_H
 
 #include <stdint.h>
+#include <stdio.h>
 
 #include "tav_error_ids.h"
 #include "tav_export.h"
@@ -103,7 +104,16 @@ TAV_API TAV_NORETURN void tav__assert_msg(const char* expression, const char* fi
                                           unsigned long line, const char* function,
                                           const char* message);
 
-/* Debugging print: "[file:line] " and the formatted text on standard output, a newline added
+/* The report stream: where the library writes what it reports as it goes (tav_tprintf, and the
+ * trace's verbose lines and file writer reports), standard output until a program chooses
+ * another. tavSetReportStream makes stream the report stream (null means standard output again)
+ * and returns the previous one, never null. The stream is one for the whole library and is
+ * switched atomically, without a lock; the caller keeps the stream open while it is in use and
+ * restores the previous one before closing it. */
+TAV_API FILE* tavSetReportStream(FILE* stream);
+TAV_API FILE* tavGetReportStream(void);
+
+/* Debugging print: "[file:line] " and the formatted text on the report stream, a newline added
  * when the format has none, then a flush. Returns the result of the flush. */
 TAV_API int tav_tprintf(const char* file, int line, const char* format, ...)
     TAV_PRINTF_FORMAT(3, 4);

@@ -93,7 +93,7 @@ class TAV_API TavClTraceBufferManager {
 
 // Appends hand-outs of a trace buffer to the environment's trace file, opening and closing the
 // file for each so that the file is complete whenever no hand-out is under way. With verbose
-// on, each step is reported on standard output as a line "[TAV: TRACE: ...]".
+// on, each step is reported on the report stream as a line "[TAV: TRACE: ...]".
 //
 // A hand-out that cannot be written is lost, but never leaves part of a record behind: the
 // writer follows the record boundaries through the bytes it is handed, cuts the file back to

@@ -41,31 +41,48 @@ typedef enum TavEnTraceDetail {
   TAV_TRACE_DETAIL_HIGH = 3
 } TavEnTraceDetail;
 
+/* The data types, the single list from which the enumeration below and the formatter's type
+ * names are expanded. Each entry is X(name, value, short tag, long name, integer width, signed):
+ * the tag and the long name are what the formatter shows for %x and %X, and the integer types
+ * give their width in bytes and their signedness (0 and 0 for the other types). */
+#define TAV_TRACE_DATA_TYPE_LIST(X)                        \
+  /* made by no producer */                                \
+  X(UNUSED, 0, "", "", 0, 0)                               \
+  /* 4-byte nesting level after entering */                \
+  X(FUNCTION_ENTRY, 1, "FE", "FUNCTION ENTRY", 0, 0)       \
+  /* 4-byte nesting level after leaving */                 \
+  X(FUNCTION_EXIT, 2, "FX", "FUNCTION EXIT", 0, 0)         \
+  X(NO_DATA, 3, "ND", "NO DATA", 0, 0)                     \
+  /* untyped bytes */                                      \
+  X(DATA, 4, "DA", "DATA", 0, 0)                           \
+  /* untyped bytes, cut to the buffer's capacity */        \
+  X(DATA_CLIPPED, 5, "DA", "DATA", 0, 0)                   \
+  /* the caller passed no data pointer; size 0 */          \
+  X(DATA_NULL, 6, "DA", "DATA", 0, 0)                      \
+  X(POINTER, 7, "p", "Address", 0, 0)                      \
+  X(CSTRING, 8, "cpsz", "C string", 0, 0)                  \
+  /* 16-bit characters */                                  \
+  X(UNICODE, 9, "wc", "Unicode", 0, 0)                     \
+  X(BOOL, 10, "b", "bool", 0, 0)                           \
+  X(INT8, 11, "i8", "signed integer (8 bits)", 1, 1)       \
+  X(UINT8, 12, "w8", "unsigned integer (8 bits)", 1, 0)    \
+  X(INT16, 13, "i16", "signed integer (16 bits)", 2, 1)    \
+  X(UINT16, 14, "w16", "unsigned integer (16 bits)", 2, 0) \
+  X(INT32, 15, "i32", "signed integer (32 bits)", 4, 1)    \
+  X(UINT32, 16, "w32", "unsigned integer (32 bits)", 4, 0) \
+  X(INT64, 17, "i64", "signed integer (64 bits)", 8, 1)    \
+  X(UINT64, 18, "w64", "unsigned integer (64 bits)", 8, 0) \
+  X(FLOAT, 19, "f", "float", 0, 0)                         \
+  X(DOUBLE, 20, "d", "double", 0, 0)                       \
+  X(LONG_DOUBLE, 21, "ld", "long double", 0, 0)
+
 /* What a record's data block holds; five bits of the record. */
+#define TAV_TRACE_DECLARE_DATA_TYPE(name, value, tag, longName, width, isSigned) \
+  TAV_TRACE_TYPE_##name = value,
 typedef enum TavEnTraceDataType {
-  TAV_TRACE_TYPE_UNUSED = 0,         /* made by no producer */
-  TAV_TRACE_TYPE_FUNCTION_ENTRY = 1, /* 4-byte nesting level after entering */
-  TAV_TRACE_TYPE_FUNCTION_EXIT = 2,  /* 4-byte nesting level after leaving */
-  TAV_TRACE_TYPE_NO_DATA = 3,
-  TAV_TRACE_TYPE_DATA = 4,         /* untyped bytes */
-  TAV_TRACE_TYPE_DATA_CLIPPED = 5, /* untyped bytes, cut to the buffer's capacity */
-  TAV_TRACE_TYPE_DATA_NULL = 6,    /* the caller passed no data pointer; size 0 */
-  TAV_TRACE_TYPE_POINTER = 7,
-  TAV_TRACE_TYPE_CSTRING = 8,
-  TAV_TRACE_TYPE_UNICODE = 9, /* 16-bit characters */
-  TAV_TRACE_TYPE_BOOL = 10,
-  TAV_TRACE_TYPE_INT8 = 11,
-  TAV_TRACE_TYPE_UINT8 = 12,
-  TAV_TRACE_TYPE_INT16 = 13,
-  TAV_TRACE_TYPE_UINT16 = 14,
-  TAV_TRACE_TYPE_INT32 = 15,
-  TAV_TRACE_TYPE_UINT32 = 16,
-  TAV_TRACE_TYPE_INT64 = 17,
-  TAV_TRACE_TYPE_UINT64 = 18,
-  TAV_TRACE_TYPE_FLOAT = 19,
-  TAV_TRACE_TYPE_DOUBLE = 20,
-  TAV_TRACE_TYPE_LONG_DOUBLE = 21
+  TAV_TRACE_DATA_TYPE_LIST(TAV_TRACE_DECLARE_DATA_TYPE)
 } TavEnTraceDataType;
+#undef TAV_TRACE_DECLARE_DATA_TYPE
 
 #ifdef __cplusplus
 
@@ -92,14 +109,11 @@ class TAV_API TavClTraceEntry {
 
   TavEnTraceDetail getDetail() const;
   TavEnTraceDataType getType() const;
-  uint16_t getComponentId() const { return record[1]; }
+  uint16_t getComponentId() const;
   uint32_t getTimeStamp() const;
   uint32_t getProcessId() const;
   uint32_t getThreadId() const;
-  uint64_t getSizeOfDumpData() const {
-    return static_cast<uint32_t>(record[16]) | static_cast<uint32_t>(record[17]) << 8 |
-           static_cast<uint32_t>(record[18]) << 16 | static_cast<uint32_t>(record[19]) << 24;
-  }
+  uint64_t getSizeOfDumpData() const;
 
   // The header with both texts as stored: getHeaderSize() bytes, written before the data.
   const uint8_t* getHeader() const { return record; }
@@ -129,11 +143,10 @@ class TAV_API TavClTraceEntry {
   // An empty record (all bytes 0) for reading into.
   explicit TavClTraceEntry(TavClTraceEnvironmentABase& environment);
 
-  bool isCompressed() const { return (record[0] & kCompressedBit) != 0; }
+  bool isCompressed() const;
   // Clears the header and both texts.
   void clearRecord();
 
-  static constexpr uint8_t kCompressedBit = 0x20;
   // The header, two texts of up to 255 bytes, and the one byte by which a compressed message
   // may overshoot its capacity.
   static constexpr size_t kRecordImageSize = kHeaderSize + 2 * kMaxStoredTextLength + 2;
@@ -144,20 +157,9 @@ class TAV_API TavClTraceEntry {
   const void* dumpData;
 
  private:
-  static constexpr uint8_t kTypeBits = 0x1F;
-  static constexpr uint8_t kDetailBits = 0xC0;
-  static constexpr unsigned kDetailShift = 6;
-
   // Both keep the other bits of the flags byte, except that setType clears the compressed bit.
-  void setDetail(TavEnTraceDetail detail) {
-    record[0] =
-        static_cast<uint8_t>((record[0] & ~kDetailBits) |
-                             ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits));
-  }
-  void setType(TavEnTraceDataType type) {
-    record[0] =
-        static_cast<uint8_t>((record[0] & kDetailBits) | (static_cast<unsigned>(type) & kTypeBits));
-  }
+  void setDetail(TavEnTraceDetail detail);
+  void setType(TavEnTraceDataType type);
 };
 
 // A record read back from a trace file. read takes the header and both texts; the data block

@@ -14,13 +14,13 @@
 //   MYAPP_TRACE_BUFSIZE    buffer size in kilobytes, 4 to 16384 (default 65535 bytes)
 //   MYAPP_TRACE_FILE       the trace file (default <key>trace.trc in the temporary directory)
 //   MYAPP_TRACE_FORMAT     the default format of the trace formatter
-//   MYAPP_TRACE_VERBOSE    on         report the settings and every file write on stdout
+//   MYAPP_TRACE_VERBOSE    on         report the settings and every file write (see below)
 //
 // "on" is whatever the environment variable facility counts as enabled (ON, YES, TRUE, 1). The
 // flag variables can only switch a flag on: since compression and autosave start on, the
 // environment cannot switch them off; only the program can, through TavClTraceSettings.
-// Variable names are cut at TavClEnvironmentVariableABase::kMaxNameLength characters, so keys
-// longer than 24 characters lose the end of their suffixes.
+// Keys of any length name their variables in full. The default trace file name is a file name
+// like any other and so is kept to TAV_PATH_MAX_LENGTH characters.
 //
 // Nothing read from the environment can fail: bad numbers become the nearest valid value (a bad
 // buffer size 4096 bytes), a bad detail becomes OFF, and unknown characters are skipped.
@@ -160,8 +160,9 @@ class TAV_API TavClTraceSettings : public TavClMemoryManagedObject {
 // A trace's settings, buffer and file, read from the environment variables of a key when built
 // (see the top of this header). With autosave on, the buffer is handed to the trace file
 // whenever it fills up and when it is flushed; with autosave off it keeps only its most recent
-// records. A trace file that cannot be written loses those records, is reported on standard
-// output when verbose is on, and tracing goes on.
+// records. A trace file that cannot be written loses those records, is reported when verbose is
+// on, and tracing goes on. Reports go to the library's report stream (tavSetReportStream in
+// tav_error.h), standard output by default.
 class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
                                       public TavClMemoryManagedObject {
  public:

@@ -3,7 +3,7 @@
 //
 // A trace environment is named by a semaphore key (trace key and instance name), knows the
 // process that built it, the settings that decide how records are encoded, the size of its
-// buffer, its trace file and whether to report on standard output. The full environment reads
+// buffer, its trace file and whether to report on the report stream. The full environment reads
 // all that from environment variables; tests and tools derive their own.
 
 #ifndef TAV_TRACE_ENVIRONMENT_BASE_H
@@ -27,7 +27,7 @@ class TAV_API TavClTraceEnvironmentABase : public TavClResourceKeySemaphore {
   virtual uint64_t getBufferSize() const = 0;
   // The trace file that hand-outs of the buffer are appended to.
   virtual const char* getTraceFileName() const = 0;
-  // Whether the file writer reports each hand-out on standard output.
+  // Whether the file writer reports each hand-out on the report stream (tav_error.h).
   virtual bool isVerbose() const = 0;
 
   // The process that built the environment.

@@ -64,11 +64,12 @@ void tav__assert_msg(const char* expression, const char* file, unsigned long lin
 }
 
 int tav_tprintf(const char* file, int line, const char* format, ...) {
-  std::printf("[%s:%d] ", file, line);
+  FILE* stream = tavGetReportStream();
+  std::fprintf(stream, "[%s:%d] ", file, line);
   va_list arguments;
   va_start(arguments, format);
-  std::vprintf(format, arguments);
+  std::vfprintf(stream, format, arguments);
   va_end(arguments);
-  if (std::strchr(format, '\n') == nullptr) std::putchar('\n');
-  return std::fflush(stdout);
+  if (std::strchr(format, '\n') == nullptr) std::fputc('\n', stream);
+  return std::fflush(stream);
 }

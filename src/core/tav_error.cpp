@@ -1,9 +1,25 @@
-// tav_error.cpp - the exception classes and the mapping of error coordinates to message ids.
+// tav_error.cpp - the exception classes, the mapping of error coordinates to message ids, and
+// the report stream.
 
 #include "tav_error.h"
 
+#include <atomic>
+
 namespace {
 const char kNoCause[] = "";
+
+// Null stands for standard output, which is no constant in every C runtime.
+std::atomic<FILE*> reportStream{nullptr};
+}  // namespace
+
+FILE* tavSetReportStream(FILE* stream) {
+  FILE* previous = reportStream.exchange(stream);
+  return previous != nullptr ? previous : stdout;
+}
+
+FILE* tavGetReportStream() {
+  FILE* stream = reportStream.load();
+  return stream != nullptr ? stream : stdout;
 }
 
 TavClExceptionABase::~TavClExceptionABase() = default;

@@ -17,9 +17,16 @@ constexpr size_t kSmallestRemainder = 256;
 constexpr size_t kLargestRemainder = 0x10000;
 
 // A failed growth is reported as thrown from this fixed position, whatever line the throw has in
-// this file: programs that log the position compare against it.
-constexpr const char* kGrowthFailureSite = "tav_mempool.cpp:296";
-constexpr uint32_t kGrowthFailureLine = 296;
+// this file: programs that log the position compare against it. The line number and the
+// "file:line" text come from one literal.
+struct FixedPosition {
+  const char* site;
+  uint32_t line;
+};
+#define TAV_MEMPOOL_POSITION(number) \
+  { "tav_mempool.cpp:" #number, number }
+constexpr FixedPosition kGrowthFailure = TAV_MEMPOOL_POSITION(296);
+#undef TAV_MEMPOOL_POSITION
 
 bool contains(const TavClMemoryPoolBlock* block, const void* position) {
   // The position just past a full block belongs to it too.
@@ -173,7 +180,7 @@ void* TavClMemoryPool::reportGrowthFailure(const TavClExceptionFatal& failure) {
     return nullptr;
   }
   // Thrown on as the plain exception: the caller of the pool may handle it and go on.
-  throw TavClException(failure.getCause(), kGrowthFailureSite, kGrowthFailureLine,
+  throw TavClException(failure.getCause(), kGrowthFailure.site, kGrowthFailure.line,
                        MEMORYPOOL_COULD_NOT_GROW, failure.getErrorClass(), failure.getSeverity(),
                        failure.getAction());
 }

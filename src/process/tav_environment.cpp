@@ -26,15 +26,30 @@ bool equalsIgnoringCase(const char* left, const char* right) {
 
 TavClEnvironmentVariableABase::TavClEnvironmentVariableABase(const char* name) { initName(name); }
 
+TavClEnvironmentVariableABase::TavClEnvironmentVariableABase(
+    const TavClEnvironmentVariableABase& other) {
+  initName(other.name);
+}
+
+TavClEnvironmentVariableABase& TavClEnvironmentVariableABase::operator=(
+    const TavClEnvironmentVariableABase& other) {
+  initName(other.name);
+  return *this;
+}
+
+TavClEnvironmentVariableABase::~TavClEnvironmentVariableABase() {
+  if (name != inlineName) tavFree(const_cast<char*>(name));
+}
+
 void TavClEnvironmentVariableABase::initName(const char* newName) {
-  size_t length = 0;
-  if (newName != nullptr) {
-    while (length < kMaxNameLength && newName[length] != '\0') {
-      name[length] = newName[length];
-      ++length;
-    }
-  }
-  name[length] = '\0';
+  if (newName == nullptr) newName = "";
+  const size_t length = std::strlen(newName);
+  // The new name is copied before the old one goes: it may be the old one.
+  char* copy = inlineName;
+  if (length > kInlineNameLength) copy = static_cast<char*>(tavMalloc(length + 1));
+  std::memmove(copy, newName, length + 1);
+  if (name != inlineName && name != copy) tavFree(const_cast<char*>(name));
+  name = copy;
 }
 
 const char* TavClEnvironmentVariableABase::getValue() const {

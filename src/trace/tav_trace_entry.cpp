@@ -10,31 +10,26 @@
 #include <cstring>
 
 #include "tav_process.h"
+#include "tav_trace_record_layout.h"
 #include "tav_utils.h"
 
 namespace {
 
-constexpr size_t kTypeOffset = 0;
-constexpr size_t kComponentIdOffset = 1;
-constexpr size_t kMessageLengthOffset = 2;
-constexpr size_t kOriginLengthOffset = 3;
-constexpr size_t kTimeStampOffset = 4;
-constexpr size_t kProcessIdOffset = 8;
-constexpr size_t kThreadIdOffset = 12;
-constexpr size_t kDataSizeOffset = 16;
-
-// Fields are little-endian whatever the host, so files move between platforms unchanged.
-void storeLittleEndian32(uint8_t* field, uint32_t value) {
-  field[0] = static_cast<uint8_t>(value);
-  field[1] = static_cast<uint8_t>(value >> 8);
-  field[2] = static_cast<uint8_t>(value >> 16);
-  field[3] = static_cast<uint8_t>(value >> 24);
-}
-
-uint32_t loadLittleEndian32(const uint8_t* field) {
-  return static_cast<uint32_t>(field[0]) | static_cast<uint32_t>(field[1]) << 8 |
-         static_cast<uint32_t>(field[2]) << 16 | static_cast<uint32_t>(field[3]) << 24;
-}
+using tav::trace_record::dataSizeOf;
+using tav::trace_record::kComponentIdOffset;
+using tav::trace_record::kCompressedBit;
+using tav::trace_record::kDataSizeOffset;
+using tav::trace_record::kDetailBits;
+using tav::trace_record::kDetailShift;
+using tav::trace_record::kFlagsOffset;
+using tav::trace_record::kMessageLengthOffset;
+using tav::trace_record::kOriginLengthOffset;
+using tav::trace_record::kProcessIdOffset;
+using tav::trace_record::kThreadIdOffset;
+using tav::trace_record::kTimeStampOffset;
+using tav::trace_record::kTypeBits;
+using tav::trace_record::loadLittleEndian32;
+using tav::trace_record::storeLittleEndian32;
 
 // Stores one text at destination, compressed or as it is, and returns its stored length: the low
 // eight bits of the byte count. A compressed text may run to 256 bytes, which the length byte
@@ -71,7 +66,7 @@ TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment, TavEnT
     type = TAV_TRACE_TYPE_DATA_CLIPPED;
   }
 
-  record[kTypeOffset] = 0;
+  record[kFlagsOffset] = 0;
   setType(type);
   setDetail(detail);
   record[kComponentIdOffset] = static_cast<uint8_t>(componentId);
@@ -82,7 +77,7 @@ TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment, TavEnT
 
   // The compressed bit goes in last: setType clears it.
   const bool compress = environment.isCompressionEnabled();
-  if (compress) record[kTypeOffset] |= kCompressedBit;
+  if (compress) record[kFlagsOffset] |= kCompressedBit;
   record[kMessageLengthOffset] = storeText(record + kHeaderSize, message, compress);
   record[kOriginLengthOffset] =
       storeText(record + kHeaderSize + record[kMessageLengthOffset], origin, compress);
@@ -94,12 +89,29 @@ TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment)
 
 TavClTraceEntry::~TavClTraceEntry() = default;
 
+uint16_t TavClTraceEntry::getComponentId() const { return record[kComponentIdOffset]; }
+
+uint64_t TavClTraceEntry::getSizeOfDumpData() const { return dataSizeOf(record); }
+
+bool TavClTraceEntry::isCompressed() const { return (record[kFlagsOffset] & kCompressedBit) != 0; }
+
+void TavClTraceEntry::setDetail(TavEnTraceDetail detail) {
+  record[kFlagsOffset] =
+      static_cast<uint8_t>((record[kFlagsOffset] & ~kDetailBits) |
+                           ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits));
+}
+
+void TavClTraceEntry::setType(TavEnTraceDataType type) {
+  record[kFlagsOffset] = static_cast<uint8_t>((record[kFlagsOffset] & kDetailBits) |
+                                              (static_cast<unsigned>(type) & kTypeBits));
+}
+
 TavEnTraceDetail TavClTraceEntry::getDetail() const {
-  return static_cast<TavEnTraceDetail>(record[kTypeOffset] >> kDetailShift);
+  return static_cast<TavEnTraceDetail>(record[kFlagsOffset] >> kDetailShift);
 }
 
 TavEnTraceDataType TavClTraceEntry::getType() const {
-  return static_cast<TavEnTraceDataType>(record[kTypeOffset] & kTypeBits);
+  return static_cast<TavEnTraceDataType>(record[kFlagsOffset] & kTypeBits);
 }
 
 uint32_t TavClTraceEntry::getTimeStamp() const {

@@ -4,9 +4,11 @@
 #include <cinttypes>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include "tav_environment.h"
+#include "tav_error.h"
 #include "tav_memmgr.h"
 #include "tav_trace_environment.h"
 
@@ -25,30 +27,33 @@ constexpr const char* kFile = "_TRACE_FILE";
 constexpr const char* kFormat = "_TRACE_FORMAT";
 constexpr const char* kVerbose = "_TRACE_VERBOSE";
 
-// The variable named by the upper-cased key and a suffix.
+// The text of two parts one after the other, in memory from the memory manager.
+std::unique_ptr<char, decltype(&tavFree)> joined(const char* first, const char* second) {
+  const size_t firstLength = std::strlen(first);
+  const size_t secondLength = std::strlen(second);
+  std::unique_ptr<char, decltype(&tavFree)> text(
+      static_cast<char*>(tavMalloc(firstLength + secondLength + 1)), &tavFree);
+  std::memcpy(text.get(), first, firstLength);
+  std::memcpy(text.get() + firstLength, second, secondLength + 1);
+  return text;
+}
+
+// The variable named by the upper-cased key and a suffix, however long the key is.
 class TraceVariable : public TavClEnvironmentVariableQueryOnly {
  public:
   TraceVariable(const char* key, const char* suffix) {
-    char name[kMaxNameLength + 1];
-    size_t length = 0;
-    for (const char* from = key != nullptr ? key : ""; *from != '\0' && length < kMaxNameLength;
-         ++from) {
-      char letter = *from;
-      if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
-      name[length++] = letter;
+    const auto name = joined(key != nullptr ? key : "", suffix);
+    for (char* letter = name.get(); *letter != '\0'; ++letter) {
+      if (*letter >= 'a' && *letter <= 'z') *letter = static_cast<char>(*letter - 'a' + 'A');
     }
-    for (const char* from = suffix; *from != '\0' && length < kMaxNameLength; ++from) {
-      name[length++] = *from;
-    }
-    name[length] = '\0';
-    setNewName(name);
+    setNewName(name.get());
   }
 };
 
 const char* onOff(bool on) { return on ? "on" : "off"; }
 
 void reportLine(const char* label, const char* value) {
-  std::printf("[TAV: TRACE: %s %s]\n", label, value);
+  std::fprintf(tavGetReportStream(), "[TAV: TRACE: %s %s]\n", label, value);
 }
 
 }  // namespace
@@ -146,9 +151,8 @@ void TavClTraceEnvironment::determineSettingsFromEnvVars(const char* key) {
   if (file.hasValue()) {
     traceFileName = TavClFilename(file.getValue());
   } else {
-    char name[TAV_PATH_BUFFER_SIZE];
-    std::snprintf(name, sizeof name, "%s%s", key != nullptr ? key : "", kDefaultFileSuffix);
-    traceFileName = TavClFilename(tavGetTmpDirectory(), name, nullptr);
+    const auto name = joined(key != nullptr ? key : "", kDefaultFileSuffix);
+    traceFileName = TavClFilename(tavGetTmpDirectory(), name.get(), nullptr);
   }
 
   const TraceVariable format(key, kFormat);
@@ -178,5 +182,5 @@ void TavClTraceEnvironment::reportSettings(const char* key) const {
   reportLine("format:", formatString);
   reportLine("file:", getTraceFileName());
   reportLine("sharedMemory:", onOff(sharedMemory));
-  std::fflush(stdout);
+  std::fflush(tavGetReportStream());
 }

@@ -17,26 +17,23 @@
 #include "tav_error.h"
 #include "tav_trace_buffer.h"
 #include "../fs/tav_file_io_os.h"
+#include "tav_trace_record_layout.h"
 
 namespace {
 
 constexpr uint64_t kNoBoundary = UINT64_MAX;
 
-// One line on standard output: "[TAV: TRACE: " text "]".
+// One line on the report stream: "[TAV: TRACE: " text "]".
 void report(const char* format, ...) TAV_PRINTF_FORMAT(1, 2);
 void report(const char* format, ...) {
-  std::fputs("[TAV: TRACE: ", stdout);
+  FILE* stream = tavGetReportStream();
+  std::fputs("[TAV: TRACE: ", stream);
   va_list arguments;
   va_start(arguments, format);
-  std::vprintf(format, arguments);
+  std::vfprintf(stream, format, arguments);
   va_end(arguments);
-  std::fputs("]\n", stdout);
-  std::fflush(stdout);
-}
-
-uint32_t loadLittleEndian32(const uint8_t* field) {
-  return static_cast<uint32_t>(field[0]) | static_cast<uint32_t>(field[1]) << 8 |
-         static_cast<uint32_t>(field[2]) << 16 | static_cast<uint32_t>(field[3]) << 24;
+  std::fputs("]\n", stream);
+  std::fflush(stream);
 }
 
 // A run of bytes of the handed-out stream.
@@ -69,7 +66,7 @@ uint64_t TavClTraceFileWriter::writeToFile(int fileHandle, const uint8_t* bytes,
 
 TavClTraceFileWriter::Boundaries TavClTraceFileWriter::followRecords(const uint8_t* bytes,
                                                                      uint64_t length) {
-  constexpr uint32_t kHeaderSize = TavClTraceEntry::kHeaderSize;
+  constexpr size_t kHeaderSize = tav::trace_record::kHeaderSize;
   Boundaries found{kNoBoundary, kNoBoundary};
   uint64_t position = 0;
   while (position < length) {
@@ -80,7 +77,7 @@ TavClTraceFileWriter::Boundaries TavClTraceFileWriter::followRecords(const uint8
       headerBytesSeen += static_cast<uint32_t>(take);
       position += take;
       if (headerBytesSeen < kHeaderSize) break;
-      bodyBytesToCome = uint64_t{header[2]} + header[3] + loadLittleEndian32(header + 16);
+      bodyBytesToCome = tav::trace_record::bodySizeOf(header);
     }
     const uint64_t take = bodyBytesToCome < length - position ? bodyBytesToCome : length - position;
     position += take;

@@ -18,8 +18,11 @@
 #include "tav_error.h"
 #include "tav_message.h"
 #include "../fs/tav_file_io_os.h"
+#include "tav_trace_record_layout.h"
 
 namespace {
+
+using tav::trace_record::loadLittleEndian;
 
 // The fixed texts of the display, as numbered in the library's catalog.
 constexpr unsigned long kMessageBytes = 189;
@@ -27,41 +30,31 @@ constexpr unsigned long kMessageClipped = 190;
 constexpr unsigned long kMessageNullPointer = 191;
 constexpr unsigned long kMessageNestingLevel = 192;
 
-// Where each failure is reported; the numbers are part of the formatter's interface.
-constexpr uint32_t kLineCouldNotOpen = 837;
-constexpr uint32_t kLineEofInFormat = 644;
-constexpr uint32_t kLineEofAtData = 342;
-constexpr uint32_t kLineAddressSize = 364;
-constexpr uint32_t kLineSmallDataSize = 377;
-constexpr uint32_t kLineEntrySize = 398;
-constexpr uint32_t kLineExitSize = 416;
-constexpr uint32_t kLineNoDataSize = 433;
-constexpr uint32_t kLineEofInSkip = 186;
-
-#define TAV_TRACE_FORMAT_POSITION(line) "tav_trace_format:" TAV_STRINGIZE(line)
-
+// Where each failure is reported: a line number and the module text "tav_trace_format:<line>",
+// both from one literal. The numbers are part of the formatter's interface, not lines of this
+// file.
 struct FailureSite {
   uint32_t line;
   const char* module;
 };
+#define TAV_TRACE_FORMAT_SITE(number) \
+  { number, "tav_trace_format:" #number }
 
-constexpr FailureSite kSites[] = {
-    {kLineCouldNotOpen, TAV_TRACE_FORMAT_POSITION(837)},
-    {kLineEofInFormat, TAV_TRACE_FORMAT_POSITION(644)},
-    {kLineEofAtData, TAV_TRACE_FORMAT_POSITION(342)},
-    {kLineAddressSize, TAV_TRACE_FORMAT_POSITION(364)},
-    {kLineSmallDataSize, TAV_TRACE_FORMAT_POSITION(377)},
-    {kLineEntrySize, TAV_TRACE_FORMAT_POSITION(398)},
-    {kLineExitSize, TAV_TRACE_FORMAT_POSITION(416)},
-    {kLineNoDataSize, TAV_TRACE_FORMAT_POSITION(433)},
-    {kLineEofInSkip, TAV_TRACE_FORMAT_POSITION(186)},
-};
+constexpr FailureSite kCouldNotOpen = TAV_TRACE_FORMAT_SITE(837);
+constexpr FailureSite kEofInFormat = TAV_TRACE_FORMAT_SITE(644);
+constexpr FailureSite kEofAtData = TAV_TRACE_FORMAT_SITE(342);
+constexpr FailureSite kAddressSize = TAV_TRACE_FORMAT_SITE(364);
+constexpr FailureSite kSmallDataSize = TAV_TRACE_FORMAT_SITE(377);
+constexpr FailureSite kEntrySize = TAV_TRACE_FORMAT_SITE(398);
+constexpr FailureSite kExitSize = TAV_TRACE_FORMAT_SITE(416);
+constexpr FailureSite kNoDataSize = TAV_TRACE_FORMAT_SITE(433);
+constexpr FailureSite kEofInSkip = TAV_TRACE_FORMAT_SITE(186);
 
-[[noreturn]] void raise(uint32_t id, uint32_t line) {
-  const char* module = nullptr;
-  for (const FailureSite& site : kSites) {
-    if (site.line == line) module = site.module;
-  }
+#undef TAV_TRACE_FORMAT_SITE
+
+[[noreturn]] void raise(uint32_t id, const FailureSite& site) {
+  const char* module = site.module;
+  const uint32_t line = site.line;
   switch (id) {
     case TRACEFORMAT_COULD_NOT_OPEN:
       throw TavClExceptionFatal("Could not open trace file for read access", module, line, id,
@@ -105,29 +98,35 @@ class TraceFileReadBuffer : public std::streambuf {
   uint8_t buffer[16384];
 };
 
-uint64_t loadLittleEndian(const uint8_t* bytes, unsigned count) {
-  uint64_t value = 0;
-  for (unsigned i = count; i > 0; --i) value = value << 8 | bytes[i - 1];
-  return value;
-}
-
-// The integer types: their width in bytes and whether they are signed.
-struct IntegerLayout {
-  unsigned width;
+// What the formatter knows of each data type, indexed by its value.
+struct DataTypeFacts {
+  const char* shortTag;
+  const char* longName;
+  unsigned integerWidth;  // in bytes; 0 for the types that are no integers
   bool isSigned;
 };
 
-IntegerLayout integerLayoutOf(uint32_t type) {
-  switch (type) {
-    case TAV_TRACE_TYPE_INT8: return {1, true};
-    case TAV_TRACE_TYPE_UINT8: return {1, false};
-    case TAV_TRACE_TYPE_INT16: return {2, true};
-    case TAV_TRACE_TYPE_UINT16: return {2, false};
-    case TAV_TRACE_TYPE_INT32: return {4, true};
-    case TAV_TRACE_TYPE_UINT32: return {4, false};
-    case TAV_TRACE_TYPE_INT64: return {8, true};
-    default: return {8, false};
+#define TAV_TRACE_DATA_TYPE_FACTS(name, value, tag, longName, width, isSigned) \
+  {tag, longName, width, isSigned != 0},
+constexpr DataTypeFacts kDataTypes[] = {TAV_TRACE_DATA_TYPE_LIST(TAV_TRACE_DATA_TYPE_FACTS)};
+#undef TAV_TRACE_DATA_TYPE_FACTS
+
+// The table is indexed by value, so the list must count up from 0 without gaps.
+#define TAV_TRACE_DATA_TYPE_VALUE(name, value, tag, longName, width, isSigned) value,
+constexpr unsigned kDataTypeValues[] = {TAV_TRACE_DATA_TYPE_LIST(TAV_TRACE_DATA_TYPE_VALUE)};
+#undef TAV_TRACE_DATA_TYPE_VALUE
+constexpr bool valuesCountUpFromZero() {
+  for (unsigned i = 0; i < sizeof(kDataTypeValues) / sizeof(kDataTypeValues[0]); ++i) {
+    if (kDataTypeValues[i] != i) return false;
   }
+  return true;
+}
+static_assert(valuesCountUpFromZero(), "the data types are listed in the order of their values");
+static_assert(sizeof(kDataTypeValues) / sizeof(kDataTypeValues[0]) <= 32,
+              "a record has five bits for its data type");
+
+const DataTypeFacts* factsOf(uint32_t type) {
+  return type < sizeof(kDataTypes) / sizeof(kDataTypes[0]) ? &kDataTypes[type] : nullptr;
 }
 
 // The 80-bit extended format: 64 bits of mantissa with its leading bit, then 15 bits of
@@ -220,47 +219,24 @@ void TavClTraceFormatter::setDisplayIndentation(const char* text) {
 }
 
 const char* TavClTraceFormatter::getTypeAsShortCString(uint32_t type) {
-  static const char* const kShort[] = {"",     "FE",  "FX",  "ND", "DA", "DA",  "DA",  "p",
-                                       "cpsz", "wc",  "b",   "i8", "w8", "i16", "w16", "i32",
-                                       "w32",  "i64", "w64", "f",  "d",  "ld"};
-  return type < sizeof(kShort) / sizeof(kShort[0]) ? kShort[type] : "";
+  const DataTypeFacts* facts = factsOf(type);
+  return facts != nullptr ? facts->shortTag : "";
 }
 
 const char* TavClTraceFormatter::getTypeAsLongCString(uint32_t type) {
-  static const char* const kLong[] = {"",
-                                      "FUNCTION ENTRY",
-                                      "FUNCTION EXIT",
-                                      "NO DATA",
-                                      "DATA",
-                                      "DATA",
-                                      "DATA",
-                                      "Address",
-                                      "C string",
-                                      "Unicode",
-                                      "bool",
-                                      "signed integer (8 bits)",
-                                      "unsigned integer (8 bits)",
-                                      "signed integer (16 bits)",
-                                      "unsigned integer (16 bits)",
-                                      "signed integer (32 bits)",
-                                      "unsigned integer (32 bits)",
-                                      "signed integer (64 bits)",
-                                      "unsigned integer (64 bits)",
-                                      "float",
-                                      "double",
-                                      "long double"};
-  return type < sizeof(kLong) / sizeof(kLong[0]) ? kLong[type] : "";
+  const DataTypeFacts* facts = factsOf(type);
+  return facts != nullptr ? facts->longName : "";
 }
 
 void TavClTraceFormatter::format(std::ostream& stream) {
   int handle = -1;
   if (!tav::os::openFile(environment.getTraceFileName(), tav::os::FileOpening::read, &handle).ok()) {
-    raise(TRACEFORMAT_COULD_NOT_OPEN, kLineCouldNotOpen);
+    raise(TRACEFORMAT_COULD_NOT_OPEN, kCouldNotOpen);
   }
   TraceFileReadBuffer file(handle);
   std::istream input(&file);
   format(input, stream);
-  if (file.hasReadFailed()) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInFormat);
+  if (file.hasReadFailed()) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
 }
 
 void TavClTraceFormatter::format(std::istream& input, std::ostream& stream) {
@@ -334,7 +310,7 @@ uint32_t TavClTraceFormatter::depthOf(const TavClTraceFileEntry& entry) const {
 void TavClTraceFormatter::walkFormat(std::istream& input, const TavClTraceFileEntry& entry,
                                      bool showOrigin) {
   for (const char* cursor = formatString; *cursor != '\0'; ++cursor) {
-    if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInFormat);
+    if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
     const char c = *cursor;
     if (c != '%' && c != '\\') {
       // Plain text up to the next directive goes out in one piece.
@@ -388,12 +364,12 @@ void TavClTraceFormatter::walkFormat(std::istream& input, const TavClTraceFileEn
 }
 
 void TavClTraceFormatter::skipEntry(std::istream& input, uint64_t size) {
-  if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInSkip);
+  if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInSkip);
   dataConsumed = true;
   if (size == 0) return;
   input.ignore(static_cast<std::streamsize>(size));
   if (static_cast<uint64_t>(input.gcount()) != size) {
-    raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInSkip);
+    raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInSkip);
   }
 }
 
@@ -401,12 +377,12 @@ void TavClTraceFormatter::readExactly(std::istream& input, uint8_t* buffer, uint
   if (count == 0) return;
   input.read(reinterpret_cast<char*>(buffer), static_cast<std::streamsize>(count));
   if (static_cast<uint64_t>(input.gcount()) != count) {
-    raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofInFormat);
+    raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
   }
 }
 
 void TavClTraceFormatter::formatData(std::istream& input, const TavClTraceFileEntry& entry) {
-  if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kLineEofAtData);
+  if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofAtData);
   const uint32_t type = entry.getType();
   const uint64_t size = entry.getSizeOfDumpData();
   dataConsumed = true;
@@ -422,7 +398,7 @@ void TavClTraceFormatter::formatData(std::istream& input, const TavClTraceFileEn
       return;
     case TAV_TRACE_TYPE_CSTRING: formatCString(input, size); return;
     case TAV_TRACE_TYPE_POINTER:
-      if (size != 8) raise(TRACEFORMAT_FILE_CORRUPTED, kLineAddressSize);
+      if (size != 8) raise(TRACEFORMAT_FILE_CORRUPTED, kAddressSize);
       readExactly(input, smallData, 8);
       formatAdrs();
       return;
@@ -437,15 +413,15 @@ void TavClTraceFormatter::readSmallData(std::istream& input, const TavClTraceFil
   if (smallDataLoaded) return;
   const uint32_t type = entry.getType();
   const uint64_t size = entry.getSizeOfDumpData();
-  if (size >= kMaxSmallDataSize) raise(TRACEFORMAT_FILE_CORRUPTED, kLineSmallDataSize);
+  if (size >= kMaxSmallDataSize) raise(TRACEFORMAT_FILE_CORRUPTED, kSmallDataSize);
   if (type == TAV_TRACE_TYPE_FUNCTION_ENTRY && size != 4) {
-    raise(TRACEFORMAT_FILE_CORRUPTED, kLineEntrySize);
+    raise(TRACEFORMAT_FILE_CORRUPTED, kEntrySize);
   }
   if (type == TAV_TRACE_TYPE_FUNCTION_EXIT && size != 4) {
-    raise(TRACEFORMAT_FILE_CORRUPTED, kLineExitSize);
+    raise(TRACEFORMAT_FILE_CORRUPTED, kExitSize);
   }
   if (type == TAV_TRACE_TYPE_NO_DATA && size != 0) {
-    raise(TRACEFORMAT_FILE_CORRUPTED, kLineNoDataSize);
+    raise(TRACEFORMAT_FILE_CORRUPTED, kNoDataSize);
   }
   // Values shorter than their type read the missing bytes as zero.
   std::memset(smallData, 0, sizeof(smallData));
@@ -471,7 +447,7 @@ void TavClTraceFormatter::formatSmallData(uint32_t type, uint64_t size) {
     case TAV_TRACE_TYPE_DOUBLE:
     case TAV_TRACE_TYPE_LONG_DOUBLE: formatFloat(type, size); return;
     default:
-      if (type >= TAV_TRACE_TYPE_INT8 && type <= TAV_TRACE_TYPE_UINT64) {
+      if (factsOf(type) != nullptr && factsOf(type)->integerWidth != 0) {
         formatInteger(type);
         return;
       }
@@ -484,11 +460,12 @@ void TavClTraceFormatter::formatSmallData(uint32_t type, uint64_t size) {
   }
 }
 
+// Called for the integer types only.
 void TavClTraceFormatter::formatInteger(uint32_t type) {
   static constexpr char kHexDigits[] = "0123456789abcdef";
-  const IntegerLayout layout = integerLayoutOf(type);
-  const uint64_t raw = loadLittleEndian(smallData, layout.width);
-  const unsigned bits = layout.width * 8;
+  const DataTypeFacts& layout = *factsOf(type);
+  const uint64_t raw = loadLittleEndian(smallData, layout.integerWidth);
+  const unsigned bits = layout.integerWidth * 8;
   const uint64_t signBit = uint64_t{1} << (bits - 1);
   const bool negative = layout.isSigned && (raw & signBit) != 0;
   // The magnitude of a negative value: the two's complement within the type's width.
@@ -504,7 +481,7 @@ void TavClTraceFormatter::formatInteger(uint32_t type) {
       displayChar(kHexDigits[raw >> (shift - 4) & 0xF]);
   };
 
-  if (layout.width == 1) {
+  if (layout.integerWidth == 1) {
     displayHex();
     displayChar('/');
     displayDecimal();

@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "tav_error.h"
+#include "tav_report_capture.h"
 
 namespace {
 
@@ -119,14 +120,15 @@ TEST(Exceptions, CopiesShareTheStaticTexts) {
 }
 
 TEST(DebugPrint, PrefixesFileAndLineAndEndsTheLine) {
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   const int flushed = tav_tprintf("main.cpp", 42, "value %d", 7);
   const int flushedWithNewline = tav_tprintf("a.c", 1, "two\nlines");
-  const std::string printed = testing::internal::GetCapturedStdout();
+  const std::string printed = reports.take();
   EXPECT_EQ(flushed, 0);
   EXPECT_EQ(flushedWithNewline, 0);
   // A format that has a newline anywhere gets none added.
   EXPECT_EQ(printed, "[main.cpp:42] value 7\n[a.c:1] two\nlines");
+  EXPECT_EQ(tavGetReportStream(), stdout);  // the capture put standard output back
 }
 
 }  // namespace

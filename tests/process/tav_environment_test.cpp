@@ -72,12 +72,22 @@ TEST_F(EnvironmentVariable, ValueOutlivesTheObjectThatSetIt) {
   EXPECT_STREQ(TavClEnvironmentVariableQueryOnly("TAV_TEST_VALUE").getValue(), "kept");
 }
 
-TEST_F(EnvironmentVariable, NamesAreCutAtFortyCharacters) {
+TEST_F(EnvironmentVariable, LongNamesAreKeptWhole) {
   const std::string longName = "TAV_TEST_VALUE_" + std::string(40, 'N');
-  TavClEnvironmentVariable variable(longName.c_str(), "cut");
-  EXPECT_EQ(std::strlen(variable.getName()), 40u);
-  const std::string cutName = longName.substr(0, 40);
-  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly(cutName.c_str()).getValue(), "cut");
+  TavClEnvironmentVariable variable(longName.c_str(), "whole");
+  EXPECT_EQ(variable.getName(), longName);
+  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly(longName.c_str()).getValue(), "whole");
+  EXPECT_EQ(TavClEnvironmentVariableQueryOnly(longName.substr(0, 40).c_str()).getValue(), nullptr);
+  // Copies own their long names: each one outlives the others.
+  TavClEnvironmentVariableQueryOnly assigned;
+  {
+    const TavClEnvironmentVariableQueryOnly original(longName.c_str());
+    TavClEnvironmentVariableQueryOnly copied = original;
+    assigned = copied;
+    EXPECT_EQ(copied.getName(), longName);
+  }
+  EXPECT_EQ(assigned.getName(), longName);
+  EXPECT_STREQ(assigned.getValue(), "whole");
   variable.resetValue();
 }
 

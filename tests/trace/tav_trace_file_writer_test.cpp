@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "tav_report_capture.h"
 #include "tav_trace_buffer.h"
 #include "tav_trace_test_support.h"
 
@@ -135,7 +136,7 @@ TEST(TraceFileWriter, AppendsEachHandOutAndReportsIt) {
   manager.setOverflowCallback(&TavClTraceFileWriter::appendHandOut, &writer);
 
   std::string written;
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   for (int number = 0; number < 4; ++number) {
     const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_DATA, "fn",
                                 "message", "data bytes", 10);  // 39 bytes
@@ -143,7 +144,7 @@ TEST(TraceFileWriter, AppendsEachHandOutAndReportsIt) {
     written += recordBytes(entry);
   }
   manager.flush();
-  const std::string report = testing::internal::GetCapturedStdout();
+  const std::string report = reports.take();
 
   EXPECT_EQ(readFileBytes(environment.fileName), "earlier" + written);
   const std::string& name = environment.fileName;
@@ -161,9 +162,9 @@ TEST(TraceFileWriter, AFileThatCannotBeOpenedIsReportedAndTracingGoesOn) {
   ring.environment.verbose = true;
   ring.openFails = [] { return true; };
   ring.write(0, 10);
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   ring.manager.flush();
-  const std::string report = testing::internal::GetCapturedStdout();
+  const std::string report = reports.take();
   EXPECT_EQ(report, "[TAV: TRACE: could not open: " + ring.badName +
                         " (errno: " + std::to_string(ENOENT) + ")]\n");
   EXPECT_FALSE(std::filesystem::exists(ring.badName));
@@ -187,9 +188,9 @@ TEST(TraceFileWriter, AFailedWriteIsReportedAndLeavesOnlyWholeRecords) {
   ring.writer.allowance = [](uint64_t) { return 25; };
   ring.write(4, 0);
   ring.write(5, 0);
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   ring.write(6, 0);
-  const std::string report = testing::internal::GetCapturedStdout();
+  const std::string report = reports.take();
   ring.writer.allowance = nullptr;
 
   const std::string& name = ring.goodName;
@@ -251,13 +252,13 @@ TEST(TraceFileWriter, RandomFailuresNeverLeaveAPartOfARecord) {
 TEST(TraceFileWriter, WithoutVerboseNothingIsPrinted) {
   FileRing ring(100);
   ring.writer.allowance = [](uint64_t) { return 0; };
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   ring.write(0, 4);
   ring.manager.flush();
   ring.openFails = [] { return true; };
   ring.write(1, 4);
   ring.manager.flush();
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(reports.take(), "");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tav_filename.h"
+#include "tav_report_capture.h"
 #include "tav_test_allocator.h"
 #include "tav_trace_environment.h"
 #include "tav_trace_test_support.h"
@@ -196,12 +197,12 @@ TEST(TraceEnvironment, VerboseReportsEverySettingInOrder) {
   variables.set("_TRACE_VERBOSE", "on");
   variables.set("_TRACE_FILE", "report.trc");
   variables.set("_TRACE_AUTOSAVE", "off");
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   {
     TavClTraceEnvironment environment("tsverbose", nullptr, false);
     EXPECT_TRUE(environment.isVerbose());
   }
-  const std::string output = testing::internal::GetCapturedStdout();
+  const std::string output = reports.take();
   const char* labels[] = {
       "key:",       "active:",    "resource key:", "compression:", "autosave:",
       "autoflush:", "autoclear:", "detail:",       "buffersize:",  "process id:",
@@ -246,7 +247,7 @@ TEST(TraceEnvironment, AFileThatCannotBeWrittenIsReportedAndTracingGoesOn) {
   variables.set("_TRACE_FILE", file.c_str());
   variables.set("_TRACE_VERBOSE", "on");
   variables.set("_TRACE_BUFSIZE", "4");
-  testing::internal::CaptureStdout();
+  tav::test::ReportCapture reports;
   {
     TavClTraceEnvironment environment("tsbadfile", nullptr, false);
     const std::string message(200, 'm');
@@ -255,7 +256,7 @@ TEST(TraceEnvironment, AFileThatCannotBeWrittenIsReportedAndTracingGoesOn) {
                                       "origin", message.c_str(), nullptr, 0));
     }
   }
-  const std::string output = testing::internal::GetCapturedStdout();
+  const std::string output = reports.take();
   EXPECT_NE(output.find("[TAV: TRACE: could not open: " + file), std::string::npos) << output;
 }
 
@@ -263,6 +264,23 @@ TEST(TraceEnvironment, OutOfMemoryWhileBuildingLeaksNothing) {
   ScopedTraceVariables variables("TSMEMORY");
   tav::test::forEachAllocationFailure(
       [] { TavClTraceEnvironment environment("tsmemory", nullptr, false); });
+}
+
+// A key of more than 24 characters names its variables and the default trace file in full:
+// with names cut short, the suffixes would run together into one variable.
+TEST(TraceEnvironment, LongKeysKeepEveryVariableApart) {
+  const std::string key = "ABCDEFGHIJKLMNOPQRSTUVWXYZ_LONGKEY";
+  ScopedTraceVariables variables(key);
+  variables.set("_TRACE_ACTIVE", "on");
+  variables.set("_TRACE_DETAIL", "HIGH");
+  variables.set("_TRACE_FORMAT", "%m");
+  TavClTraceEnvironment environment(key.c_str(), nullptr, false);
+  EXPECT_TRUE(environment.isActive());
+  EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
+  EXPECT_STREQ(environment.getFormatString(), "%m");
+  EXPECT_STREQ(
+      environment.getTraceFileName(),
+      TavClFilename(tavGetTmpDirectory(), (key + "trace.trc").c_str(), nullptr).getAsCString());
 }
 
 }  // namespace
