@@ -151,32 +151,25 @@ TEST_F(MemoryPool, CallerMemoryFillsUpAndThenAnswersNullSilently) {
   EXPECT_EQ(nullMemory.allocate(1), nullptr);
 }
 
-TEST_F(MemoryPool, DeleteAtASavedHandleRestoresTheFreeSize) {
+TEST_F(MemoryPool, DeleteAtRestoresASavedHandleAndEmptiesEveryLaterBlock) {
   TavClMemoryPool pool(4096, 4096, 256);
   allocateAndFill(pool, 100);
   void* handle = pool.getCurrentStateHandle();
   const size_t freeAtHandle = pool.getCurrentFreeSize();
   for (int i = 0; i < 10; ++i) allocateAndFill(pool, 24);
-  EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle - 240);
-
   pool.deleteAt(handle);
   EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle);
   EXPECT_EQ(pool.allocate(24), handle);
-
-  // A position that is in no block of the pool changes nothing.
-  int elsewhere = 0;
+  int elsewhere = 0;  // a position in no block of the pool changes nothing
   pool.deleteAt(&elsewhere);
   EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle - 24);
-}
 
-TEST_F(MemoryPool, DeleteAtEmptiesEveryLaterBlockAndAcceptsTheEndOfAFullBlock) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  void* handle = pool.getCurrentStateHandle();
+  pool.deleteAll();
+  handle = pool.getCurrentStateHandle();
   size_t blockNumber = 0;
   allocateAndFill(pool, 4000);  // block 1 keeps 48: too little, block 2 becomes current
   void* inSecond = allocateAndFill(pool, 3000, &blockNumber);
   ASSERT_EQ(blockNumber, 2u);
-
   pool.deleteAt(handle);
   EXPECT_EQ(pool.getBlockCount(), 2u);                    // deleteAt releases chunks, never blocks
   EXPECT_EQ(pool.allocate(3000, blockNumber), inSecond);  // block 2, still current, is empty
@@ -184,41 +177,32 @@ TEST_F(MemoryPool, DeleteAtEmptiesEveryLaterBlockAndAcceptsTheEndOfAFullBlock) {
 
   pool.deleteAll();
   char* whole = static_cast<char*>(pool.allocate(kSmallBlockCapacity));
-  pool.deleteAt(whole + kSmallBlockCapacity);
+  pool.deleteAt(whole + kSmallBlockCapacity);  // the end of a full block is a valid handle
   EXPECT_EQ(pool.getCurrentFreeSize(), 0u);
 }
 
-TEST_F(MemoryPool, TwoDeleteAllCallsReleaseEveryBlockButTheFirst) {
+// deleteAll keeps every block served since the previous deleteAll and releases the idle ones.
+TEST_F(MemoryPool, DeleteAllReleasesOnlyTheBlocksIdleSinceTheLastCall) {
   TavClMemoryPool pool(4096, 4096, 256);
   for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000);
-  ASSERT_EQ(pool.getBlockCount(), 3u);
   ASSERT_EQ(pool.getCapacityKB(), 12u);
-
-  pool.deleteAll();  // every block served in the last cycle: all are kept, emptied
+  pool.deleteAll();
   EXPECT_EQ(pool.getBlockCount(), 3u);
   EXPECT_EQ(pool.getCurrentFreeSize(), kSmallBlockCapacity);
-
-  pool.deleteAll();  // nothing in between: the idle blocks go
-  EXPECT_EQ(pool.getBlockCount(), 1u);
-  // Growth counted whole blocks (4 KiB each), release subtracts capacities (3 KiB each).
-  EXPECT_EQ(pool.getCapacityKB(), 12u - 2 * 3);
-}
-
-TEST_F(MemoryPool, ABlockUsedBetweenTwoDeleteAllCallsSurvivesTheSecond) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000);
-  pool.deleteAll();
   size_t blockNumber = 0;
   allocateAndFill(pool, 4000);
   allocateAndFill(pool, 4000, &blockNumber);  // reuses the kept block 2
   EXPECT_EQ(blockNumber, 2u);
   pool.deleteAll();
   EXPECT_EQ(pool.getBlockCount(), 2u);
+  // Growth counted whole blocks (4 KiB each), release subtracts capacities (3 KiB each).
+  EXPECT_EQ(pool.getCapacityKB(), 12u - 3);
   // A block appended now gets the number of the new block count.
-  allocateAndFill(pool, 4000);
-  allocateAndFill(pool, 4000);
-  allocateAndFill(pool, 4000, &blockNumber);
+  for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000, &blockNumber);
   EXPECT_EQ(blockNumber, 3u);
+  pool.deleteAll();
+  pool.deleteAll();  // nothing in between: all but the first go
+  EXPECT_EQ(pool.getBlockCount(), 1u);
 }
 
 struct Point {
@@ -244,7 +228,15 @@ TEST_F(MemoryPool, ConstructBuildsAlignedObjectsAlsoInMisalignedCallerMemory) {
   EXPECT_EQ(misaligned.construct<Point>(5, 6), nullptr);
 }
 
-TEST_F(MemoryPool, FailedGrowthThrowsThePlainExceptionFromThePoolsPosition) {
+void countCalls(const _TavStError& error, void* calls) {
+  EXPECT_EQ(error.id, static_cast<uint32_t>(MEMORYPOOL_COULD_NOT_GROW));
+  EXPECT_EQ(error.errorClass, TAV_CLASS_OUT_OF_MEMORY);
+  ++*static_cast<int*>(calls);
+}
+
+// Without an error handler a failed growth throws the plain exception (never the fatal one of
+// the memory manager); with one, the handler hears of it and the caller gets null.
+TEST_F(MemoryPool, FailedGrowthThrowsOrCallsTheErrorHandlerAndThePoolStillWorks) {
   TavClMemoryPool pool(4096, 4096, 256);
   tav::test::failAllocation(1);
   try {
@@ -260,46 +252,22 @@ TEST_F(MemoryPool, FailedGrowthThrowsThePlainExceptionFromThePoolsPosition) {
     EXPECT_STREQ(failure.getModule(), "tav_mempool.cpp:296");
     EXPECT_EQ(failure.getLine(), 296u);
   }
-  EXPECT_EQ(pool.getBlockCount(), 1u);
   EXPECT_EQ(pool.getCapacityKB(), 4u);
-
   // A size no block can hold fails the same way, without asking the allocator.
   EXPECT_THROW(pool.allocate(kHuge - 100), TavClException);
-  ASSERT_NE(pool.allocate(5000), nullptr);  // the pool still works
-}
 
-struct HandlerLog {
   int calls = 0;
-  _TavStError last = {NO_ERROR, TAV_CLASS_UNKNOWN};
-};
-
-void recordError(const _TavStError& error, void* context) {
-  auto* log = static_cast<HandlerLog*>(context);
-  ++log->calls;
-  log->last = error;
-}
-
-TEST_F(MemoryPool, FailedGrowthCallsTheErrorHandlerAndGivesNull) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  HandlerLog log;
-  pool.setErrorHandler(recordError, &log);
+  pool.setErrorHandler(countCalls, &calls);
   allocateAndFill(pool, 4000);  // block 1 now has too little left
-
   tav::test::failAllocation(1);
   EXPECT_EQ(pool.allocate(100), nullptr);
-  EXPECT_EQ(log.calls, 1);
-  EXPECT_EQ(log.last.id, static_cast<uint32_t>(MEMORYPOOL_COULD_NOT_GROW));
-  EXPECT_EQ(log.last.errorClass, TAV_CLASS_OUT_OF_MEMORY);
   EXPECT_EQ(pool.getBlockCount(), 1u);
-
   EXPECT_EQ(pool.allocate(kHuge - 100), nullptr);
-  EXPECT_EQ(log.calls, 2);
-
+  EXPECT_EQ(calls, 2);
   tav::test::failAllocation(0);
   size_t blockNumber = 0;
   ASSERT_NE(pool.allocate(100, blockNumber), nullptr);
   EXPECT_EQ(blockNumber, 2u);
-
   pool.setErrorHandler(nullptr, nullptr);
   EXPECT_THROW(pool.allocate(kHuge - 100), TavClException);
 }

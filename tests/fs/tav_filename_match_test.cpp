@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tav_filename.h"
+#include "tav_test_data.h"
 
 namespace {
 
@@ -29,21 +30,9 @@ TEST(FilenameMatching, BaseNamesMustBeEqualWhole) {
 }
 
 TEST(FilenameMatching, ExtensionWithOrWithoutItsDot) {
-  const struct {
-    const char* name;
-    const char* extension;
-    bool matches;
-  } cases[] = {
-      {"C:\\f.TXT", "txt", true},       {"C:\\f.TXT", ".txt", true},
-      {"C:\\f.TXT", "tx", false},       {"C:\\f.TXT", "", false},
-      {"C:\\f.TXT", "..txt", false},    {"C:\\f", "", true},
-      {"C:\\f", nullptr, true},         {"C:\\f", ".", false},
-      {"/d/f.TXT", "txt", false},       {"/d/f.TXT", "TXT", true},
-      {"/d/.profile", "profile", true},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.name << " ~ " << (c.extension ? c.extension : "null"));
-    EXPECT_EQ(TavClFilename(c.name).matchesExtension(c.extension), c.matches);
+  for (const auto& row : tav::test::readDataTable("fs/filename_extension_match.txt", 3)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(TavClFilename(row.text(0)).matchesExtension(row.text(1)), row.flag(2));
   }
 }
 
@@ -55,33 +44,9 @@ TEST(FilenameMatching, WildcardPatternAppliesToNameAndExtension) {
 }
 
 TEST(FilenameFat83, ComponentsOfEightAndExtensionsOfThree) {
-  const struct {
-    const char* name;
-    bool fat;
-  } cases[] = {
-      {"C:\\ABCDEFGH.TXT", true},
-      {"\\ABCDEFGH.TXT", true},
-      {"C:\\DIR\\SUB\\A.B", true},
-      {"C:\\MY FILE.TX", true},  // blanks and most punctuation are accepted
-      {"C:\\A+B=C.$$$", true},
-      {"C:\\.TXT", true},
-      {"\\", true},  // the empty name
-      {"C:\\ABCDEFGHI.TXT", false},
-      {"C:\\A.HTML", false},
-      {"C:\\DIR.X\\A.B", false},  // a dot before the extension
-      {"C:\\LONGDIRNAME\\A.B", false},
-      {"C:\\A*B.TXT", false},
-      {"C:\\A;B.TXT", false},
-      {"C:\\A<B", false},
-      {"1:\\A.TXT", false},  // the drive must be a letter
-      {"C:\\A:B", false},
-      {"/A.TXT", false},  // slash style never is
-      {"\\\\SRV\\SHARE\\A.TXT", true},
-      {"\\\\SRV\\LONGSHARENAME\\A.TXT", false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    EXPECT_EQ(TavClFilename(c.name).isStyleFAT_8_3(), c.fat);
+  for (const auto& row : tav::test::readDataTable("fs/filename_fat_8_3.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(TavClFilename(row.text(0)).isStyleFAT_8_3(), row.flag(1));
   }
   // A bare name takes the platform's style: only backslash style can be 8.3.
   EXPECT_EQ(TavClFilename("ABCDEFGH.TXT").isStyleFAT_8_3(),

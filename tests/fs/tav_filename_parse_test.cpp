@@ -5,85 +5,33 @@
 #include <string>
 
 #include "tav_filename.h"
+#include "tav_test_data.h"
 
 namespace {
 
-constexpr int kNative = -1;  // the style of the running platform
-
-struct ParseCase {
-  const char* text;
-  const char* server;
-  const char* path;  // extractPath without, then with the separator
-  const char* pathWithSeparator;
-  const char* baseName;
-  const char* extension;
-  int style;  // TavEnPathStyle, or kNative
-  bool hasDrive;
-  bool isAbsolute;
-};
-
-std::string server(const TavClFilenameABase& name) {
+// The parts a name is split into, read through the extract functions.
+std::string extracted(const TavClFilenameABase& name, int part) {
   char out[TAV_PATH_BUFFER_SIZE];
-  name.extractServer(out);
+  if (part == 0) name.extractServer(out);
+  if (part == 1 || part == 2) name.extractPath(out, part == 2);
+  if (part == 3) name.extractBaseName(out);
   return out;
 }
-std::string path(const TavClFilenameABase& name, bool withSeparator) {
-  char out[TAV_PATH_BUFFER_SIZE];
-  name.extractPath(out, withSeparator);
-  return out;
-}
-std::string baseName(const TavClFilenameABase& name) {
-  char out[TAV_PATH_BUFFER_SIZE];
-  name.extractBaseName(out);
-  return out;
-}
-
-constexpr int B = TAV_PATH_STYLE_BACKSLASH;
-constexpr int S = TAV_PATH_STYLE_SLASH;
-
-const ParseCase kCases[] = {
-    // text                 server          path              path + separator   base ext
-    {"C:\\dir\\file.txt", "", "C:\\dir", "C:\\dir\\", "file", ".txt", B, true, true},
-    {"/usr/lib/x.so", "", "/usr/lib", "/usr/lib/", "x", ".so", S, false, true},
-    {"\\\\srv\\share\\a\\b.c", "\\\\srv\\share", "\\\\srv\\share\\a", "\\\\srv\\share\\a\\", "b",
-     ".c", B, false, true},
-    // Only the last dot starts the extension; a leading dot leaves the base name empty.
-    {"archive.tar.gz", "", "", "", "archive.tar", ".gz", kNative, false, false},
-    {"dir/.profile", "", "dir", "dir/", "", ".profile", S, false, false},
-    {"a.b.c/d", "", "a.b.c", "a.b.c/", "d", "", S, false, false},
-    {"name.", "", "", "", "name", ".", kNative, false, false},
-    // Trailing separators leave base name and extension empty.
-    {"dir\\", "", "dir", "dir\\", "", "", B, false, false},
-    {"/", "", "", "/", "", "", S, false, true},
-    {"C:\\", "", "C:", "C:\\", "", "", B, true, true},
-    // A drive without a backslash after it, or a backslash without a drive, is not absolute.
-    {"C:file.txt", "", "", "", "C:file", ".txt", B, true, false},
-    {"\\dir\\x", "", "\\dir", "\\dir\\", "x", "", B, false, false},
-    {"C:/dir/file.txt", "", "C:/dir", "C:/dir/", "file", ".txt", B, true, false},
-    // A slash inside a name that has backslashes belongs to the base name.
-    {"C:\\dir/file.txt", "", "C:", "C:\\", "dir/file", ".txt", B, true, true},
-    // A server part without a share, and a server name without anything after it.
-    {"\\\\srv\\share", "\\\\srv\\share", "\\\\srv", "\\\\srv\\", "share", "", B, false, true},
-    {"\\\\srv", "", "\\", "\\\\", "srv", "", B, false, false},
-    {"\\\\", "", "\\", "\\\\", "", "", B, false, false},
-    {"", "", "", "", "", "", kNative, false, false},
-};
 
 TEST(FilenameParsing, PartsInBothStyles) {
-  for (const ParseCase& c : kCases) {
-    SCOPED_TRACE(c.text);
-    const TavClFilename name(c.text);
-    EXPECT_STREQ(name.getAsCString(), c.text);
-    EXPECT_EQ(server(name), c.server);
-    EXPECT_EQ(path(name, false), c.path);
-    EXPECT_EQ(path(name, true), c.pathWithSeparator);
-    EXPECT_EQ(baseName(name), c.baseName);
-    EXPECT_STREQ(name.getExtension(), c.extension);
-    const int style = c.style == kNative ? TavClPathProperty::getNativeStyle() : c.style;
+  for (const tav::test::DataRow& row : tav::test::readDataTable("fs/filename_parts.txt", 9)) {
+    SCOPED_TRACE(row.where);
+    const TavClFilename name(row.text(0));
+    EXPECT_STREQ(name.getAsCString(), row.text(0));
+    for (int part = 0; part < 4; ++part) EXPECT_EQ(extracted(name, part), row.str(part + 1));
+    EXPECT_EQ(name.getExtension(), row.str(5));
+    const int style = row.str(6) == "native"  ? TavClPathProperty::getNativeStyle()
+                      : row.str(6) == "slash" ? TAV_PATH_STYLE_SLASH
+                                              : TAV_PATH_STYLE_BACKSLASH;
     EXPECT_EQ(name.getPathStyle(), style);
-    EXPECT_EQ(name.hasDrive(), c.hasDrive);
-    EXPECT_EQ(name.isAbsolute(), c.isAbsolute);
-    EXPECT_EQ(name.hasServer(), *c.server != '\0');
+    EXPECT_EQ(name.hasDrive(), row.flag(7));
+    EXPECT_EQ(name.isAbsolute(), row.flag(8));
+    EXPECT_EQ(name.hasServer(), !row.str(1).empty());
   }
 }
 

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tav_test_data.h"
+
 namespace {
 
 const char* const kTenVariables[10] = {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j"};
@@ -19,35 +21,10 @@ std::string substitute(const char* in, size_t limit = 4096,
   return out.data();
 }
 
-struct SubstitutionCase {
-  const char* in;
-  const char* out;
-};
-
 TEST(MessageSubstitution, Rules) {
-  const SubstitutionCase cases[] = {
-      {"Percent:%% Arg1:%1 Arg2:%2 Arg3:%3 Arg4:%4 Arg5:%5 Arg6:%6 Arg7:%7 Arg8:%8 Arg9:%9 "
-       "Arg10:%10",
-       "Percent:% Arg1:a Arg2:b Arg3:c Arg4:d Arg5:e Arg6:f Arg7:g Arg8:h Arg9:i Arg10:j"},
-      {"", ""},
-      {"%%1", "%1"},
-      {"%11 and %12", "??? and ???"},
-      {"%1a", "aa"},
-      {"%01", "a"},
-      {"% 2x", "b 2x"},  // atol reads past the blank; only digits right after "%" are consumed
-      {"%+3", "c+3"},
-      {"%-1",
-       "???"
-       "-1"},  // split: "??-" would read as a trigraph
-      {"%0", "???"},
-      {"%a", "???a"},
-      {"ends with %", "ends with ???"},
-      {"%99999999999999999999999999", "???"},
-      {"100%% sure", "100% sure"},
-  };
-  for (const SubstitutionCase& c : cases) {
-    SCOPED_TRACE(c.in);
-    EXPECT_EQ(substitute(c.in), c.out);
+  for (const auto& row : tav::test::readDataTable("msg/message_substitution.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(substitute(row.text(0)), row.str(1));
   }
 }
 
