@@ -7,6 +7,7 @@
 #include <random>
 #include <string>
 
+#include "tav_test_data.h"
 #include "tav_utils.h"
 
 namespace {
@@ -67,36 +68,11 @@ TEST(SystemUtilities, LibraryLevelTexts) {
   EXPECT_TRUE(system == 0 || system == 512) << system;
 }
 
-struct FindCase {
-  const char* text;
-  const char* pattern;
-  bool ignoreCase;
-  int expectedOffset;  // -1: not found
-};
-
 TEST(StrFind, CaseSensitiveIsStrstrAndIgnoreCaseRestartsAfterAMismatch) {
-  const FindCase cases[] = {
-      {"aab", "ab", false, 1},
-      {"aab", "ab", true, -1},  // the 'a' that broke "aa" is not tried again as a start
-      {"xxABcxx", "abc", true, 2},
-      {"xxabcxx", "ABC", false, -1},
-      {"abc", "", true, 0},
-      {"abc", "", false, 0},
-      {"", "a", true, -1},
-      {"ab", "abc", true, -1},
-      {"aXbAB", "ab", true, 3},
-      {"mississippi", "issip", false, 4},
-      {"mississippi", "ISSIP", true, -1},  // "issis" breaks at 's', restart misses the overlap
-      {"abcabd", "ABD", true, 3},
-  };
-  for (const FindCase& c : cases) {
-    SCOPED_TRACE(std::string(c.text) + " / " + c.pattern + (c.ignoreCase ? " ignoring case" : ""));
-    const char* found = tavStrFind(c.text, c.pattern, c.ignoreCase);
-    if (c.expectedOffset < 0) {
-      EXPECT_EQ(found, nullptr);
-    } else {
-      EXPECT_EQ(found, c.text + c.expectedOffset);
-    }
+  for (const auto& row : tav::test::readDataTable("core/str_find.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const char* found = tavStrFind(row.text(0), row.text(1), row.flag(2));
+    EXPECT_EQ(found == nullptr ? -1 : found - row.text(0), row.number(3));
   }
 }
 
