@@ -16,9 +16,8 @@
 
 namespace {
 
+using tav::test::kNativeIsSlash;
 using tav::test::ScratchDirectory;
-
-const bool kNativeIsSlash = TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_SLASH;
 
 struct Seen {
   bool directory, subDirectory, parent, current, hidden, readOnly, matchesTxt;
@@ -45,7 +44,7 @@ TEST(DirectoryWalk, AnEmptyDirectoryHoldsOnlyItselfAndItsParent) {
   TavClDirectoryWalk walk{TavClLocation(scratch.text().c_str())};
   ASSERT_TRUE(walk.isValid());
   const auto seen = walkAll(walk);
-  EXPECT_EQ(walk.getLastError().id, static_cast<uint32_t>(NO_ERROR));
+  tav::test::expectNoError(walk.getLastError());
   ASSERT_EQ(seen.size(), 2u);
   const Seen& self = seen.at(".");
   const Seen& parent = seen.at("..");
@@ -108,23 +107,20 @@ TEST(DirectoryWalk, PredicatesOnAPopulatedDirectory) {
   }
 }
 
-TEST(DirectoryWalk, AMissingDirectoryGivesAnInvalidWalk) {
+TEST(DirectoryWalk, AMissingDirectoryGivesAnInvalidWalkAndTheEmptyOneTheWorkingDirectory) {
   const ScratchDirectory scratch;
   TavClDirectoryWalk walk{TavClLocation(scratch.path("missing").c_str())};
   EXPECT_FALSE(walk.isValid());
-  EXPECT_EQ(walk.getLastError().id, static_cast<uint32_t>(DIRWALK_COULD_NOT_INIT));
-  EXPECT_EQ(walk.getLastError().errorClass, TAV_CLASS_IO_PROBLEM);
+  tav::test::expectError(walk.getLastError(), DIRWALK_COULD_NOT_INIT, TAV_CLASS_IO_PROBLEM);
   EXPECT_STREQ(walk.getNameWithPath(), "");
   EXPECT_FALSE(walk.setToNext());
   EXPECT_FALSE(walk.isReadOnly() || walk.isHidden() || walk.isSubDirectory());
-}
 
-TEST(DirectoryWalk, TheEmptyLocationWalksTheWorkingDirectory) {
-  const ScratchDirectory scratch;
+  // The empty location walks the working directory.
   scratch.writeFile("only", "");
   const tav::test::CurrentDirectoryChange change(scratch.text());
-  TavClDirectoryWalk walk{TavClLocation("")};
-  const auto seen = walkAll(walk);
+  TavClDirectoryWalk here{TavClLocation("")};
+  const auto seen = walkAll(here);
   ASSERT_EQ(seen.count("only"), 1u);
   EXPECT_EQ(seen.at("only").withPath, "only");
 }
