@@ -1,4 +1,4 @@
-// Building file names from parts, replacing parts, the 260-character limit, and copies.
+// Replacing the parts of file names, the 260-character limit, and copies.
 
 #include <gtest/gtest.h>
 
@@ -8,32 +8,6 @@
 #include "tav_filename.h"
 
 namespace {
-
-const char kNativeSeparator =
-    TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_SLASH ? '/' : '\\';
-
-TEST(FilenameBuilding, PathNameAndExtensionAreJoined) {
-  const struct {
-    const char* path;
-    const char* name;
-    const char* extension;
-    std::string expected;
-  } cases[] = {
-      {"C:\\dir", "file", "txt", "C:\\dir\\file.txt"},
-      {"C:\\dir\\", "file", ".txt", "C:\\dir\\file.txt"},
-      {"/usr/lib", "x", "so", "/usr/lib/x.so"},
-      {"C:/dir/", "file", "txt", "C:/dir/file.txt"},  // a slash ends a backslash-style path too
-      {"", "a", nullptr, "a"},
-      {nullptr, "a.b", "", "a.b"},
-      {"dir", "a", "c", std::string("dir") + kNativeSeparator + "a.c"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.expected);
-    EXPECT_EQ(TavClFilename(c.path, c.name, c.extension).getAsCString(), c.expected);
-  }
-  EXPECT_STREQ(TavClFilename(TavClLocation("C:\\tmp"), "f", "ini").getAsCString(),
-               "C:\\tmp\\f.ini");
-}
 
 TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
   TavClFilename name("C:\\old\\f.txt");
@@ -62,6 +36,8 @@ TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
   EXPECT_STREQ(name.getAsCString(), "b.c");
   EXPECT_FALSE(name.hasServer());
   EXPECT_STREQ(name.getExtension(), ".c");
+  EXPECT_STREQ(TavClFilename(TavClLocation("C:\\tmp"), "f", "ini").getAsCString(),
+               "C:\\tmp\\f.ini");
 }
 
 TEST(FilenameEditing, ArgumentsMayPointIntoTheNameItself) {
