@@ -9,6 +9,7 @@
 #include "tav_file.h"
 #include "tav_fs_scratch.h"
 #include "tav_test_allocator.h"
+#include "tav_test_data.h"
 
 #if defined(_WIN32)
 #include <windows.h>  // only to set the hidden attribute
@@ -74,35 +75,25 @@ TEST(DirectoryWalk, PredicatesOnAPopulatedDirectory) {
   const auto seen = walkAll(walk);
   ASSERT_EQ(seen.size(), 11u);
 
-  const struct {
-    const char* name;
-    bool directory, subDirectory, parent, current, matchesTxt;
-  } expected[] = {
-      {"a.txt", false, false, false, false, true},    {"B.TXT", false, false, false, false, true},
-      {".hidden", false, false, false, false, false}, {"plain", false, false, false, false, false},
-      {"locked", false, false, false, false, false},  {"sub", true, true, false, false, false},
-      {"x.y", true, false, false, false, false},      {"..z", true, false, true, false, false},
-      {".git", true, false, false, false, false},     {".", true, false, false, true, false},
-      {"..", true, false, true, false, false},
-  };
-  for (const auto& e : expected) {
-    SCOPED_TRACE(e.name);
-    ASSERT_EQ(seen.count(e.name), 1u);
-    const Seen& s = seen.at(e.name);
-    EXPECT_EQ(s.directory, e.directory);
-    EXPECT_EQ(s.subDirectory, e.subDirectory);
-    EXPECT_EQ(s.parent, e.parent);
-    EXPECT_EQ(s.current, e.current);
-    EXPECT_EQ(s.matchesTxt, e.matchesTxt);
-    EXPECT_EQ(s.withPath, scratch.text() + e.name);
-    EXPECT_EQ(s.readOnly, std::string(e.name) == "locked");
+  for (const auto& row : tav::test::readDataTable("fs/directory_walk_entries.txt", 6)) {
+    SCOPED_TRACE(row.where);
+    const std::string name = row.str(0);
+    ASSERT_EQ(seen.count(name), 1u);
+    const Seen& s = seen.at(name);
+    EXPECT_EQ(s.directory, row.flag(1));
+    EXPECT_EQ(s.subDirectory, row.flag(2));
+    EXPECT_EQ(s.parent, row.flag(3));
+    EXPECT_EQ(s.current, row.flag(4));
+    EXPECT_EQ(s.matchesTxt, row.flag(5));
+    EXPECT_EQ(s.withPath, scratch.text() + name);
+    EXPECT_EQ(s.readOnly, name == "locked");
     // Hidden: a leading dot on POSIX, the attribute on Windows (which Wine also gives to
     // names with a leading dot, so those are left out there).
-    const bool dotted = e.name[0] == '.' && e.name[1] != '\0' && std::string(e.name) != "..";
+    const bool dotted = name[0] == '.' && name != "." && name != "..";
     if (kNativeIsSlash) {
       EXPECT_EQ(s.hidden, dotted);
     } else if (!dotted) {
-      EXPECT_EQ(s.hidden, std::string(e.name) == "plain");
+      EXPECT_EQ(s.hidden, name == "plain");
     }
   }
 }

@@ -80,12 +80,11 @@ TEST(MessageCatalogCFunctions, StringTableHandle) {
   tavMsgCatClose(handle);
   tavMsgCatClose(nullptr);
   EXPECT_STREQ(tavMsgCatGet(nullptr, 1), "");
-}
 
-TEST(MessageCatalogCFunctions, ProxyBufferHoldsTheLongestMessage) {
+  // The handle's buffer holds the longest message.
   const std::string half(TAV_MSG_MAX_LENGTH / 2 + 7, 'q');
   const char* const table[] = {"[TAV_MSGTAB_SIGNATURE] 2", "%1%1"};
-  TavClMessageCatalogProxy* handle = tavMsgCatOpenOrUseStringTable(nullptr, table, 2);
+  handle = tavMsgCatOpenOrUseStringTable(nullptr, table, 2);
   EXPECT_EQ(std::string(tavMsgCatGetVar(handle, 1, half.c_str(), nullptr)),
             std::string(TAV_MSG_MAX_LENGTH, 'q'));
   tavMsgCatClose(handle);
@@ -125,7 +124,7 @@ class MessageCatalogModule : public testing::Test {
   TavClMessageCatalog catalog{TavClFilename(TAV_MSG_LIBRARY_CATALOG)};
 };
 
-TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguage) {
+TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguageAndNoticesForMissingIds) {
   ASSERT_TRUE(catalog.isModuleLoaded());
   EXPECT_EQ(catalog.getLanguage(), expectedLanguage);
   EXPECT_STREQ(TavClMessage(catalog, 3).getText(), german() ? "JA" : "YES");
@@ -140,10 +139,7 @@ TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguage) {
                           "Var7:??? Var8:??? Var9:??? Var10:???"
                         : "Percent:% Arg1:%1 Arg2:??? Arg3:??? Arg4:??? Arg5:??? Arg6:??? "
                           "Arg7:??? Arg8:??? Arg9:??? Arg10:???");
-}
-
-TEST_F(MessageCatalogModule, MissingIdsGiveTheCatalogNotice) {
-  ASSERT_TRUE(catalog.isModuleLoaded());
+  // Missing ids give the catalog's notice.
   for (unsigned long id : {0ul, 200ul, 221ul, 4000000000ul}) {
     SCOPED_TRACE(id);
     const TavClMessage message(catalog, id);
