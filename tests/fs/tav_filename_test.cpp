@@ -1,4 +1,5 @@
-// Splitting file names into server, path, base name and extension, in both path styles.
+// Splitting file names into server, path, base name and extension, comparing those parts,
+// wildcard matching and the FAT 8.3 test, in both path styles.
 
 #include <gtest/gtest.h>
 
@@ -76,6 +77,39 @@ TEST(FilenameParsing, PathPropertyQueries) {
   // Only the path part counts: the server part always has backslashes.
   EXPECT_TRUE(TavClFilename("\\\\srv\\share").isNormalized());
   EXPECT_FALSE(TavClFilename("C:\\a/b").isNormalized());
+}
+
+TEST(FilenameMatching, PathAndBaseName) {
+  for (const auto& row : tav::test::readDataTable("fs/filename_part_match.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const TavClFilename name(row.text(0)), other(row.text(1));
+    EXPECT_EQ(row.str(2) == "path" ? name.matchesPath(other) : name.matchesBase(other),
+              row.flag(3));
+  }
+}
+
+TEST(FilenameMatching, ExtensionWithOrWithoutItsDot) {
+  for (const auto& row : tav::test::readDataTable("fs/filename_extension_match.txt", 3)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(TavClFilename(row.text(0)).matchesExtension(row.text(1)), row.flag(2));
+  }
+}
+
+TEST(FilenameMatching, WildcardPatternAppliesToNameAndExtension) {
+  EXPECT_TRUE(TavClFilename("C:\\dir\\Report.TXT").matchesWildcardPattern("*.txt"));
+  EXPECT_FALSE(TavClFilename("/dir/Report.TXT").matchesWildcardPattern("*.txt"));
+  EXPECT_TRUE(TavClFilename("/dir/Report.TXT").matchesWildcardPattern("R?port.*"));
+  EXPECT_FALSE(TavClFilename("C:\\dir\\r.txt").matchesWildcardPattern("dir*"));
+}
+
+TEST(FilenameFat83, ComponentsOfEightAndExtensionsOfThree) {
+  for (const auto& row : tav::test::readDataTable("fs/filename_fat_8_3.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(TavClFilename(row.text(0)).isStyleFAT_8_3(), row.flag(1));
+  }
+  // A bare name takes the platform's style: only backslash style can be 8.3.
+  EXPECT_EQ(TavClFilename("ABCDEFGH.TXT").isStyleFAT_8_3(),
+            TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_BACKSLASH);
 }
 
 }  // namespace
