@@ -6,36 +6,28 @@
 #include <string>
 
 #include "tav_filename.h"
+#include "tav_test_data.h"
 
 namespace {
 
 TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
   TavClFilename name("C:\\old\\f.txt");
-  name.setNewBaseName("g");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g.txt");
-  name.setNewExtension("ini");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g.ini");
-  name.setNewExtension(".log");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g.log");
-  name.setNewExtension("");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g");
-  EXPECT_STREQ(name.getExtension(), "");
-  name.setNewExtension("cfg");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g.cfg");
-  name.setNewName("other.tar.gz");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\other.tar.gz");
-  EXPECT_STREQ(name.getExtension(), ".gz");
-  name.setNewPath(TavClLocation("D:\\new"));
-  EXPECT_STREQ(name.getAsCString(), "D:\\new\\other.tar.gz");
-  name.setNewPath("/srv/data");
-  EXPECT_STREQ(name.getAsCString(), "/srv/data/other.tar.gz");
-  EXPECT_EQ(name.getPathStyle(), TAV_PATH_STYLE_SLASH);
-  name.setNew(TavClLocation("\\\\srv\\share\\a"), "b.c");
-  EXPECT_STREQ(name.getAsCString(), "\\\\srv\\share\\a\\b.c");
-  name.removePath();
-  EXPECT_STREQ(name.getAsCString(), "b.c");
-  EXPECT_FALSE(name.hasServer());
-  EXPECT_STREQ(name.getExtension(), ".c");
+  for (const auto& row : tav::test::readDataTable("fs/filename_edits.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const std::string& edit = row.str(0);
+    const char* argument = row.text(1);
+    if (edit == "base name") name.setNewBaseName(argument);
+    if (edit == "extension") name.setNewExtension(argument);
+    if (edit == "name") name.setNewName(argument);
+    if (edit == "location") name.setNewPath(TavClLocation(argument));
+    if (edit == "path") name.setNewPath(argument);
+    if (edit == "location, name") name.setNew(TavClLocation(argument), "b.c");
+    if (edit == "remove path") name.removePath();
+    EXPECT_EQ(name.getAsCString(), row.str(2));
+    EXPECT_EQ(name.getExtension(), row.str(3));
+    EXPECT_EQ(name.hasServer(), row.str(2).compare(0, 2, "\\\\") == 0);
+    EXPECT_EQ(name.getPathStyle(), name.getStyle(row.text(2)));
+  }
   EXPECT_STREQ(TavClFilename(TavClLocation("C:\\tmp"), "f", "ini").getAsCString(),
                "C:\\tmp\\f.ini");
 }
