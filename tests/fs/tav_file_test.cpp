@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <string>
+#include <utility>
 
 #include "tav_environment.h"
 #include "tav_file.h"
@@ -205,19 +206,19 @@ TEST(File, SearchAlongAPathVariable) {
                            scratch.path("second") + ";";
   TavClEnvironmentVariable variable("TAV_TEST_FILE_SEARCH", list.c_str());
 
-  TavClFilename both("both.dat");
-  ASSERT_TRUE(TavClFile::determineFileInEnvVarPath(both, "TAV_TEST_FILE_SEARCH"));
-  EXPECT_STREQ(both.getAsCString(), scratch.path("first/both.dat").c_str());
-
-  TavClFilename second("elsewhere/only-second.dat");
-  ASSERT_TRUE(TavClFile::determineFileInEnvVarPath(second, "TAV_TEST_FILE_SEARCH"));
-  EXPECT_STREQ(second.getAsCString(), scratch.path("second/only-second.dat").c_str());
-
-  // A name that exists as it stands is kept.
-  TavClFilename present(scratch.path("second/both.dat").c_str());
-  ASSERT_TRUE(TavClFile::determineFileInEnvVarPath(present, "TAV_TEST_FILE_SEARCH"));
-  EXPECT_STREQ(present.getAsCString(), scratch.path("second/both.dat").c_str());
-
+  // A name that exists as it stands is kept; others are looked for by their name alone.
+  const std::string present = scratch.path("second/both.dat");
+  const std::pair<std::string, std::string> found[] = {
+      {"both.dat", "first/both.dat"},
+      {"elsewhere/only-second.dat", "second/only-second.dat"},
+      {present, "second/both.dat"},
+  };
+  for (const auto& [name, where] : found) {
+    SCOPED_TRACE(name);
+    TavClFilename filename(name.c_str());
+    ASSERT_TRUE(TavClFile::determineFileInEnvVarPath(filename, "TAV_TEST_FILE_SEARCH"));
+    EXPECT_STREQ(filename.getAsCString(), scratch.path(where).c_str());
+  }
   TavClFilename nowhere("nowhere.dat");
   EXPECT_FALSE(TavClFile::determineFileInEnvVarPath(nowhere, "TAV_TEST_FILE_SEARCH"));
   EXPECT_STREQ(nowhere.getAsCString(), "nowhere.dat");

@@ -81,13 +81,8 @@ class ScratchDirectory {
   bool exists(const std::string& relative) const { return std::filesystem::exists(path(relative)); }
   // The number of entries directly inside (without "." and "..").
   size_t countEntries(const std::string& relative = "") const {
-    size_t count = 0;
-    for (auto it = std::filesystem::directory_iterator(
-             relative.empty() ? root : std::filesystem::path(path(relative)));
-         it != std::filesystem::directory_iterator(); ++it) {
-      ++count;
-    }
-    return count;
+    const std::filesystem::directory_iterator entries(path(relative));
+    return static_cast<size_t>(std::distance(begin(entries), end(entries)));
   }
 
  private:
