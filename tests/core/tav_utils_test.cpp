@@ -14,32 +14,25 @@
 
 namespace {
 
-TEST(NumberText, ExtremesAndZero) {
-  char text[TAV_INT64_TEXT_SIZE];
-  EXPECT_EQ(tavItoa(std::numeric_limits<int32_t>::min(), text), 11);
-  EXPECT_STREQ(text, "-2147483648");
-  EXPECT_EQ(tavLtoa(0, text), 1);
-  EXPECT_STREQ(text, "0");
-  EXPECT_EQ(tavULtoa(std::numeric_limits<uint32_t>::max(), text), 10);
-  EXPECT_STREQ(text, "4294967295");
-  EXPECT_EQ(tavI64toa(std::numeric_limits<int64_t>::min(), text), 20);
-  EXPECT_STREQ(text, "-9223372036854775808");
-  EXPECT_EQ(tavW64toa(std::numeric_limits<uint64_t>::max(), text), 20);
-  EXPECT_STREQ(text, "18446744073709551615");
-}
-
-TEST(NumberText, AgreesWithTheStandardLibraryOnRandomValues) {
+// Every function against std::to_string, on the extremes and on random values of every
+// magnitude; the returned length is the text's.
+TEST(NumberText, AgreesWithTheStandardLibrary) {
   std::mt19937_64 random(7);
   char text[TAV_INT64_TEXT_SIZE];
-  for (int i = 0; i < 10000; ++i) {
-    const uint64_t bits = random() >> (random() % 64);  // every magnitude, not only huge ones
+  const auto check = [&text](int length, const std::string& expected) {
+    ASSERT_EQ(std::string(text), expected);
+    ASSERT_EQ(length, static_cast<int>(expected.size()));
+  };
+  for (int i = 0; i < 10004; ++i) {
+    const uint64_t extremes[] = {0, 0x80000000u, 0xFFFFFFFFu, uint64_t{1} << 63};
+    const uint64_t bits = i < 4 ? extremes[i] : random() >> (random() % 64);
     const auto value32 = static_cast<int32_t>(bits);
-    ASSERT_EQ(tavItoa(value32, text), static_cast<int>(std::to_string(value32).size()));
-    ASSERT_EQ(text, std::to_string(value32));
-    tavI64toa(static_cast<int64_t>(bits), text);
-    ASSERT_EQ(text, std::to_string(static_cast<int64_t>(bits)));
-    tavW64toa(bits, text);
-    ASSERT_EQ(text, std::to_string(bits));
+    check(tavItoa(value32, text), std::to_string(value32));
+    check(tavLtoa(value32, text), std::to_string(value32));
+    check(tavULtoa(static_cast<uint32_t>(bits), text), std::to_string(static_cast<uint32_t>(bits)));
+    check(tavI64toa(static_cast<int64_t>(bits), text), std::to_string(static_cast<int64_t>(bits)));
+    check(tavW64toa(bits, text), std::to_string(bits));
+    check(tavW64toa(~bits, text), std::to_string(~bits));
   }
 }
 
