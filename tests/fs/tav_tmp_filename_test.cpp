@@ -85,7 +85,9 @@ TEST_F(TemporaryNames, DirectoryComesFromTmpThenTempThenTheFallback) {
   EXPECT_STREQ(tavGetTmpDirectory(), kNativeIsSlash ? "/tmp/" : "C:\\");
 }
 
-TEST_F(TemporaryNames, NameIsPrefixRandomCharactersAndReversedProcessDigits) {
+// A name is the prefix, random characters and the process id's last digits reversed; names are
+// distinct and never those of existing files.
+TEST_F(TemporaryNames, NamesAreNewAndMadeOfPrefixRandomCharactersAndReversedProcessDigits) {
   const struct {
     const char* prefix;
     std::string expectedPrefix;
@@ -104,12 +106,9 @@ TEST_F(TemporaryNames, NameIsPrefixRandomCharactersAndReversedProcessDigits) {
         << base;
     EXPECT_EQ(std::string(name.getExtension()), "." + reversedProcessDigits());
   }
-}
 
-TEST_F(TemporaryNames, ManyNamesAreDistinctAndNeverThoseOfExistingFiles) {
   // Three random characters leave 68921 names, so among a few hundred draws some repeat: the
   // existence test must then move on. Each name is taken by creating its file.
-  const TavClLocation directory(scratchText.c_str());
   std::set<std::string> names;
   for (int i = 0; i < 400; ++i) {
     const TavClTmpFilename name(directory, "ABCDE");
@@ -118,9 +117,8 @@ TEST_F(TemporaryNames, ManyNamesAreDistinctAndNeverThoseOfExistingFiles) {
     std::ofstream(name.getAsCString()).put('x');
     ASSERT_TRUE(name.isExistent());
   }
-}
 
-TEST_F(TemporaryNames, DefaultDirectoryIsTheTemporaryOne) {
+  // The default directory is the temporary one, and a file name gives its own.
   setVariable("TMP", nullptr);
   setVariable("TEMP", scratchText.c_str());
   const TavClTmpFilename name;
