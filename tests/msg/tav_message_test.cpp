@@ -7,6 +7,7 @@
 
 #include <sstream>
 #include <string>
+#include <tuple>
 
 #include "tav_test_allocator.h"
 
@@ -68,22 +69,18 @@ TEST(Message, TextsUpToEightyCharactersStayInlineAndAllAreCutAtTheLimit) {
   TableCatalog table(kSmallTable, kSmallTableSize);
   const std::string long40(40, 'v');
   const std::string long41(41, 'v');
-  struct Case {
-    unsigned long id;
-    const char* variable;
-    size_t length;
-    bool inlineText;
-  } cases[] = {
+  // Message id, variable, length of the text, and whether it is inline.
+  const std::tuple<unsigned long, const char*, size_t, bool> cases[] = {
       {2, nullptr, 80, true},
       {3, nullptr, 81, false},
       {4, long40.c_str(), 80, true},
       {4, long41.c_str(), 82, false},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "id " << c.id << " length " << c.length);
-    const TavClMessage message(table.catalog, c.id, c.variable);
-    EXPECT_EQ(std::string(message.getText()).size(), c.length);
-    EXPECT_EQ(message.isTextInline(), c.inlineText);
+  for (const auto& [id, variable, length, inlineText] : cases) {
+    SCOPED_TRACE(testing::Message() << "id " << id << " length " << length);
+    const TavClMessage message(table.catalog, id, variable);
+    EXPECT_EQ(std::string(message.getText()).size(), length);
+    EXPECT_EQ(message.isTextInline(), inlineText);
   }
   const std::string huge(3000, 'h');  // longer texts are cut at the message limit
   EXPECT_EQ(std::string(TavClMessage(table.catalog, 4, huge.c_str()).getText()),

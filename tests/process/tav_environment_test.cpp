@@ -64,16 +64,14 @@ TEST_F(EnvironmentVariable, SetReadAppendAndRemoveAndTheValueOutlivesTheObject) 
   EXPECT_STREQ(TavClEnvironmentVariableQueryOnly("TAV_TEST_SWITCH").getValue(), "kept");
 }
 
-TEST_F(EnvironmentVariable, NamesAreCutAtFortyCharacters) {
+TEST_F(EnvironmentVariable, NamesAreCutAtFortyCharactersAndQueriesFollowTheirName) {
   const std::string longName = "TAV_TEST_VALUE_" + std::string(40, 'N');
   TavClEnvironmentVariable variable(longName.c_str(), "cut");
   EXPECT_EQ(std::strlen(variable.getName()), 40u);
   const std::string cutName = longName.substr(0, 40);
   EXPECT_STREQ(TavClEnvironmentVariableQueryOnly(cutName.c_str()).getValue(), "cut");
   variable.resetValue();
-}
 
-TEST_F(EnvironmentVariable, QueryOnlyNames) {
   TavClEnvironmentVariable source("TAV_TEST_VALUE", "shared");
   TavClEnvironmentVariableQueryOnly query;
   EXPECT_STREQ(query.getName(), "?");
