@@ -55,7 +55,15 @@ TEST_F(MemoryPool, BlockSizesAreRaisedAndRoundedToPagesAndTheRemainderIsClamped)
   }
 }
 
-TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturate) {
+struct Point {
+  Point(int x, int y) : x(x), y(y) {}
+  int64_t x;
+  int64_t y;
+};
+
+// Chunks are multiples of eight bytes, and construct aligns its objects even in misaligned
+// caller memory.
+TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturateAndObjectsAreAligned) {
   TavClMemoryPool pool(4096, 4096, 256);
   const size_t rows[][2] = {{0, 0}, {5, 8}, {8, 8}, {9, 16}, {kHuge, kHuge - 7}};
   for (const auto& row : rows) {
@@ -69,6 +77,20 @@ TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturate) {
   EXPECT_EQ(second - first, 8);
   EXPECT_EQ(pool.getCurrentFreeSize(), before - 16);
   EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % 8, 0u);
+
+  Point* point = pool.construct<Point>(3, -4);
+  ASSERT_NE(point, nullptr);
+  EXPECT_EQ(point->x, 3);
+  EXPECT_EQ(point->y, -4);
+
+  alignas(8) unsigned char memory[1 + 2 * sizeof(Point)];
+  TavClMemoryPool misaligned(memory + 1, sizeof memory - 1);
+  Point* aligned = misaligned.construct<Point>(1, 2);
+  ASSERT_NE(aligned, nullptr);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(aligned) % alignof(Point), 0u);
+  EXPECT_EQ(aligned->y, 2);
+  // The padding took room: a second Point no longer fits.
+  EXPECT_EQ(misaligned.construct<Point>(5, 6), nullptr);
 }
 
 TEST_F(MemoryPool, GrowthAppendsBlocksAndResumesBehindTheFirstBlockLeftWithTooLittle) {
@@ -192,29 +214,6 @@ TEST_F(MemoryPool, DeleteAllReleasesOnlyTheBlocksIdleSinceTheLastCall) {
   pool.deleteAll();
   pool.deleteAll();  // nothing in between: all but the first go
   EXPECT_EQ(pool.getBlockCount(), 1u);
-}
-
-struct Point {
-  Point(int x, int y) : x(x), y(y) {}
-  int64_t x;
-  int64_t y;
-};
-
-TEST_F(MemoryPool, ConstructBuildsAlignedObjectsAlsoInMisalignedCallerMemory) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  Point* point = pool.construct<Point>(3, -4);
-  ASSERT_NE(point, nullptr);
-  EXPECT_EQ(point->x, 3);
-  EXPECT_EQ(point->y, -4);
-
-  alignas(8) unsigned char memory[1 + 2 * sizeof(Point)];
-  TavClMemoryPool misaligned(memory + 1, sizeof memory - 1);
-  Point* first = misaligned.construct<Point>(1, 2);
-  ASSERT_NE(first, nullptr);
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % alignof(Point), 0u);
-  EXPECT_EQ(first->y, 2);
-  // The padding took room: a second Point no longer fits.
-  EXPECT_EQ(misaligned.construct<Point>(5, 6), nullptr);
 }
 
 void countCalls(const _TavStError& error, void* calls) {
