@@ -10,7 +10,9 @@
 
 namespace {
 
-TEST(BitArray, HoldsOneByteMoreThanTheBitsNeedAllClear) {
+// An array holds one byte more than its bits need, all clear at first; a bit index selects the
+// byte and the bit within it, and nothing past the end.
+TEST(BitArray, SizeAndSingleBits) {
   const size_t sizes[][2] = {{0, 1}, {1, 1}, {7, 1}, {8, 2}, {9, 2}, {64, 9}};  // bits, bytes
   for (const auto& size : sizes) {
     SCOPED_TRACE(size[0]);
@@ -18,9 +20,7 @@ TEST(BitArray, HoldsOneByteMoreThanTheBitsNeedAllClear) {
     EXPECT_EQ(bits.getByteCount(), size[1]);
     for (size_t i = 0; i < size[1]; ++i) EXPECT_EQ(bits.getBytes()[i], 0) << "byte " << i;
   }
-}
 
-TEST(BitArray, BitIndexSelectsByteAndBitWithinItAndNothingPastTheEnd) {
   TavClBitArray bits(20);
   EXPECT_TRUE(bits.setBit(0) && bits.setBit(9) && bits.setBit(19));
   EXPECT_EQ(std::string(reinterpret_cast<const char*>(bits.getBytes()), 3), "\x01\x02\x08");
