@@ -22,10 +22,6 @@ void* nullForZeroAllocator(size_t size) {
   ++allocatorCalls;
   return size == 0 ? nullptr : std::malloc(size);
 }
-void* failingAllocator(size_t) {
-  ++allocatorCalls;
-  return nullptr;
-}
 void countingDeallocator(void* block) {
   ++deallocatorCalls;
   std::free(block);
@@ -72,8 +68,8 @@ TEST_F(MemoryManager, ZeroBytesSucceedWithTheRuntimeButAreAnErrorWhenTheAllocato
 }
 
 TEST_F(MemoryManager, UserAndRuntimeAllocatorFailuresAreToldApart) {
-  tavSetNewMemoryManager(failingAllocator, nullptr, countingDeallocator);
   EXPECT_TRUE(TavClMemoryManager::hasUserDefinedMgr());
+  tav::test::failAllocation(1);
   expectFatal([] { tavMalloc(64); }, MEMMGR_USER_OUT_OF_MEMORY, TAV_CLASS_OUT_OF_MEMORY,
               TAV_ACTION_TERMINATE);
 
