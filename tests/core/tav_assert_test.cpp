@@ -35,7 +35,7 @@ class AssertionReport : public testing::Test {
   }
 };
 
-TEST_F(AssertionReport, WithMessageAndFunction) {
+TEST_F(AssertionReport, WithMessageAndFunctionOrWithoutBoth) {
   EXPECT_DEATH(tav__assert_msg("count > 0", "tav_queue.cpp", 77, "popFront", "queue is empty"),
                AllOf(HasSubstr("\n*** INTERNAL ERROR OCCURED ***\n"
                                "*** queue is empty ***\n"
@@ -45,9 +45,7 @@ TEST_F(AssertionReport, WithMessageAndFunction) {
                                "\n***           MODULE: tav_queue.cpp"
                                "\n***       PROCESS ID: "),
                      testing::Truly(endsWithProcessIdLine)));
-}
-
-TEST_F(AssertionReport, FunctionWithoutMessageIsNotShown) {
+  // Without a message the function is not shown.
   EXPECT_DEATH(tav__assert_msg("p != 0", "a.cpp", 5, "onlyFunction", nullptr),
                AllOf(HasSubstr("\n*** INTERNAL ERROR OCCURED ***\n"
                                "*** ASSERTION FAILED: p != 0"

@@ -31,7 +31,7 @@ TEST(ErrorMessageIds, EveryMessageFrom47To149IsUsedByExactlyOneCoordinate) {
   for (const auto& [message, count] : uses) EXPECT_EQ(count, 1) << "message " << message;
 }
 
-TEST(ErrorMessageIds, KnownRows) {
+TEST(ErrorMessageIds, KnownRowsAndZeroOutsideTheTables) {
   EXPECT_EQ(tavErrorGetIdAsMessageId(NO_ERROR), 47u);
   EXPECT_EQ(tavErrorGetIdAsMessageId(CONUI_USAGE), 48u);
   EXPECT_EQ(tavErrorGetIdAsMessageId(TRACEFORMAT_FILE_CORRUPTED), 75u);
@@ -41,18 +41,15 @@ TEST(ErrorMessageIds, KnownRows) {
   // The messages of RETRYDELAY and USER are crossed on purpose.
   EXPECT_EQ(tavErrorGetActionAsMessageId(TAV_ACTION_RETRYDELAY), 146u);
   EXPECT_EQ(tavErrorGetActionAsMessageId(TAV_ACTION_USER), 145u);
-}
-
-TEST(ErrorMessageIds, ValuesOutsideTheTablesGiveZero) {
-  EXPECT_EQ(tavErrorGetIdAsMessageId(1000501), 0u);  // the unassigned block
-  EXPECT_EQ(tavErrorGetIdAsMessageId(200), 0u);
-  EXPECT_EQ(tavErrorGetIdAsMessageId(0xFFFFFFFFul), 0u);
+  for (unsigned long id : {1000501ul, 200ul, 0xFFFFFFFFul}) {  // 1000501: the unassigned block
+    EXPECT_EQ(tavErrorGetIdAsMessageId(id), 0u) << id;
+  }
   EXPECT_EQ(tavErrorGetClassAsMessageId(static_cast<TavEnErrorClass>(3)), 0u);
   EXPECT_EQ(tavErrorGetSeverityAsMessageId(static_cast<TavEnErrorSeverity>(9)), 0u);
   EXPECT_EQ(tavErrorGetActionAsMessageId(static_cast<TavEnErrorAction>(7)), 0u);
 }
 
-TEST(Exceptions, FatalWithoutCauseHasEmptyCauseAndNoPosition) {
+TEST(Exceptions, FatalIsAlwaysOfSeverityFatalAndAMissingCauseIsEmpty) {
   const TavClExceptionFatal fatal(MEMMGR_NO_USER_REALLOC_FUNC, TAV_CLASS_FUNCTION_NOT_SUPPORTED,
                                   TAV_ACTION_ABORT, nullptr);
   ASSERT_NE(fatal.getCause(), nullptr);
@@ -61,12 +58,9 @@ TEST(Exceptions, FatalWithoutCauseHasEmptyCauseAndNoPosition) {
   EXPECT_EQ(fatal.getLine(), 0u);
   EXPECT_EQ(fatal.getSeverity(), TAV_SEVERITY_FATAL);
   EXPECT_EQ(fatal.getAction(), TAV_ACTION_ABORT);
-}
-
-TEST(Exceptions, FatalIsAlwaysOfSeverityFatal) {
-  const TavClExceptionFatal fatal("cause", "x.cpp:1", 1, ICU_PARSE_ERROR, TAV_CLASS_INVALID_DATA,
-                                  TAV_SEVERITY_WARNING, TAV_ACTION_RETRY);
-  EXPECT_EQ(fatal.getSeverity(), TAV_SEVERITY_FATAL);
+  const TavClExceptionFatal warning("cause", "x.cpp:1", 1, ICU_PARSE_ERROR, TAV_CLASS_INVALID_DATA,
+                                    TAV_SEVERITY_WARNING, TAV_ACTION_RETRY);
+  EXPECT_EQ(warning.getSeverity(), TAV_SEVERITY_FATAL);
 }
 
 TEST(Exceptions, ThrowMacroRecordsFileAndLineOfTheThrowSite) {

@@ -22,10 +22,6 @@ void* nullForZeroAllocator(size_t size) {
   ++allocatorCalls;
   return size == 0 ? nullptr : std::malloc(size);
 }
-void* failingAllocator(size_t) {
-  ++allocatorCalls;
-  return nullptr;
-}
 void countingDeallocator(void* block) {
   ++deallocatorCalls;
   std::free(block);
@@ -41,95 +37,78 @@ class MemoryManager : public testing::Test {
   void TearDown() override { tav::test::installCountingAllocator(); }
 };
 
-// Runs the call and returns the fatal exception it throws; fails the test when none is thrown.
+// Runs the call, which must throw the fatal exception with these data. The position of the
+// throw site is checked when one is given (line 0 means there is none to check).
 template <typename Call>
-TavClExceptionFatal fatalFrom(Call call) {
+void expectFatal(Call call, uint32_t id, TavEnErrorClass errorClass, TavEnErrorAction action,
+                 const char* module = nullptr, uint32_t line = 0) {
   try {
     call();
+    ADD_FAILURE() << "no TavClExceptionFatal thrown";
   } catch (const TavClExceptionFatal& fatal) {
-    return fatal;
+    EXPECT_EQ(fatal.getId(), id);
+    EXPECT_EQ(fatal.getErrorClass(), errorClass);
+    EXPECT_EQ(fatal.getSeverity(), TAV_SEVERITY_FATAL);
+    EXPECT_EQ(fatal.getAction(), action);
+    EXPECT_STREQ(fatal.getCause(), "");
+    if (module != nullptr) {
+      EXPECT_STREQ(fatal.getModule(), module);
+    }
+    if (line != 0) {
+      EXPECT_EQ(fatal.getLine(), line);
+    }
   }
-  ADD_FAILURE() << "no TavClExceptionFatal thrown";
-  return TavClExceptionFatal(0, TAV_CLASS_UNKNOWN, TAV_ACTION_IGNORE, "none thrown");
 }
 
 TEST_F(MemoryManager, ZeroBytesSucceedWithTheRuntimeButAreAnErrorWhenTheAllocatorSaysSo) {
-  void* block = tavMalloc(0);
-  EXPECT_NE(block, nullptr);
-  tavFree(block);
-
+  tavFree(tavMalloc(0));
   tavSetNewMemoryManager(nullForZeroAllocator, nullptr, countingDeallocator);
-  const TavClExceptionFatal fatal = fatalFrom([] { tavMalloc(0); });
-  EXPECT_EQ(fatal.getId(), MEMMGR_ZERO_SIZE_OBJECT);
-  EXPECT_EQ(fatal.getErrorClass(), TAV_CLASS_INVALID_DATA);
-  EXPECT_EQ(fatal.getSeverity(), TAV_SEVERITY_FATAL);
-  EXPECT_EQ(fatal.getAction(), TAV_ACTION_TERMINATE);
-  EXPECT_STREQ(fatal.getModule(), "tav_memmgr.h:359");
-  EXPECT_EQ(fatal.getLine(), 359u);
-  EXPECT_STREQ(fatal.getCause(), "");
+  expectFatal([] { tavMalloc(0); }, MEMMGR_ZERO_SIZE_OBJECT, TAV_CLASS_INVALID_DATA,
+              TAV_ACTION_TERMINATE, "tav_memmgr.h:359", 359);
 }
 
-TEST_F(MemoryManager, UserAllocatorFailureIsUserOutOfMemory) {
-  tavSetNewMemoryManager(failingAllocator, nullptr, countingDeallocator);
+TEST_F(MemoryManager, UserAndRuntimeAllocatorFailuresAreToldApart) {
   EXPECT_TRUE(TavClMemoryManager::hasUserDefinedMgr());
-  const TavClExceptionFatal fatal = fatalFrom([] { tavMalloc(64); });
-  EXPECT_EQ(fatal.getId(), MEMMGR_USER_OUT_OF_MEMORY);
-  EXPECT_EQ(fatal.getErrorClass(), TAV_CLASS_OUT_OF_MEMORY);
-  EXPECT_EQ(fatal.getAction(), TAV_ACTION_TERMINATE);
-}
+  tav::test::failAllocation(1);
+  expectFatal([] { tavMalloc(64); }, MEMMGR_USER_OUT_OF_MEMORY, TAV_CLASS_OUT_OF_MEMORY,
+              TAV_ACTION_TERMINATE);
 
-TEST_F(MemoryManager, InstallingTheRuntimeMallocBringsReallocAndRuntimeOutOfMemory) {
+  // Installing the runtime's malloc brings its realloc along.
   tavSetNewMemoryManager(&std::malloc, nullptr, &std::free);
   EXPECT_FALSE(TavClMemoryManager::hasUserDefinedMgr());
-  void* block = tavMalloc(8);
-  block = tavRealloc(block, 4096);  // the runtime's realloc was installed along with malloc
-  tavFree(block);
-  const TavClExceptionFatal fatal = fatalFrom([] { tavMalloc(kHuge); });
-  EXPECT_EQ(fatal.getId(), MEMMGR_RUNTIME_OUT_OF_MEMORY);
-  EXPECT_EQ(fatal.getErrorClass(), TAV_CLASS_OUT_OF_MEMORY);
+  tavFree(tavRealloc(tavMalloc(8), 4096));
+  expectFatal([] { tavMalloc(kHuge); }, MEMMGR_RUNTIME_OUT_OF_MEMORY, TAV_CLASS_OUT_OF_MEMORY,
+              TAV_ACTION_TERMINATE);
 }
 
 TEST_F(MemoryManager, ReallocWithoutReallocatorThrowsBeforeCallingAnything) {
   tavSetNewMemoryManager(nullForZeroAllocator, nullptr, countingDeallocator);
   void* block = tavMalloc(16);
   allocatorCalls = 0;
-  const TavClExceptionFatal fatal = fatalFrom([block] { tavRealloc(block, 32); });
-  EXPECT_EQ(fatal.getId(), MEMMGR_NO_USER_REALLOC_FUNC);
-  EXPECT_EQ(fatal.getErrorClass(), TAV_CLASS_FUNCTION_NOT_SUPPORTED);
-  EXPECT_EQ(fatal.getAction(), TAV_ACTION_ABORT);
-  EXPECT_STREQ(fatal.getModule(), "tav_memmgr.cpp:267");
-  EXPECT_EQ(fatal.getLine(), 267u);
+  expectFatal([block] { tavRealloc(block, 32); }, MEMMGR_NO_USER_REALLOC_FUNC,
+              TAV_CLASS_FUNCTION_NOT_SUPPORTED, TAV_ACTION_ABORT, "tav_memmgr.cpp:267", 267);
   EXPECT_EQ(allocatorCalls, 0);
   EXPECT_EQ(deallocatorCalls, 0);
+  tavFree(nullptr);  // never reaches the deallocator
+  EXPECT_EQ(deallocatorCalls, 0);
   tavFree(block);
+  EXPECT_EQ(deallocatorCalls, 1);
 }
 
-TEST_F(MemoryManager, ReallocToZeroReleasesTheBlockAndThrowsZeroSizeObject) {
+TEST_F(MemoryManager, ReallocToZeroReleasesAndAFailedReallocKeepsTheBlock) {
   const size_t liveBefore = tav::test::liveBlocks();
   void* block = tavMalloc(100);
-  const TavClExceptionFatal fatal = fatalFrom([block] { tavRealloc(block, 0); });
-  EXPECT_EQ(fatal.getId(), MEMMGR_ZERO_SIZE_OBJECT);
-  EXPECT_EQ(fatal.getErrorClass(), TAV_CLASS_INVALID_DATA);
-  EXPECT_STREQ(fatal.getModule(), "tav_memmgr.cpp:277");
+  expectFatal([block] { tavRealloc(block, 0); }, MEMMGR_ZERO_SIZE_OBJECT, TAV_CLASS_INVALID_DATA,
+              TAV_ACTION_TERMINATE, "tav_memmgr.cpp:277");
   EXPECT_EQ(tav::test::liveBlocks(), liveBefore);
-}
 
-TEST_F(MemoryManager, FailedReallocKeepsTheOldBlock) {
-  char* block = static_cast<char*>(tavMalloc(4));
-  std::memcpy(block, "abc", 4);
+  char* kept = static_cast<char*>(tavMalloc(4));
+  std::memcpy(kept, "abc", 4);
   tav::test::failAllocation(1);
-  const TavClExceptionFatal fatal = fatalFrom([block] { tavRealloc(block, 1 << 20); });
-  EXPECT_EQ(fatal.getId(), MEMMGR_USER_OUT_OF_MEMORY);
-  EXPECT_STREQ(block, "abc");
-  tavFree(block);
-}
-
-TEST_F(MemoryManager, FreeOfNullDoesNotReachTheDeallocator) {
-  tavSetNewMemoryManager(nullForZeroAllocator, nullptr, countingDeallocator);
-  tavFree(nullptr);
-  EXPECT_EQ(deallocatorCalls, 0);
-  tavFree(tavMalloc(1));
-  EXPECT_EQ(deallocatorCalls, 1);
+  expectFatal([kept] { tavRealloc(kept, 1 << 20); }, MEMMGR_USER_OUT_OF_MEMORY,
+              TAV_CLASS_OUT_OF_MEMORY, TAV_ACTION_TERMINATE);
+  EXPECT_STREQ(kept, "abc");
+  tavFree(kept);
 }
 
 TEST_F(MemoryManager, CallocZeroFillsAndRefusesAnOverflowingProduct) {
@@ -139,10 +118,8 @@ TEST_F(MemoryManager, CallocZeroFillsAndRefusesAnOverflowingProduct) {
 
   // 2^33 * 2^31 wraps to 0 in 64 bits; a short block must never be handed out for it.
   const size_t requestsBefore = tav::test::allocationRequests();
-  const TavClExceptionFatal fatal =
-      fatalFrom([] { tavCalloc(size_t{1} << (sizeof(size_t) * 4 + 1), size_t{1} << 31); });
-  EXPECT_EQ(fatal.getId(), MEMMGR_USER_OUT_OF_MEMORY);
-  EXPECT_EQ(fatal.getErrorClass(), TAV_CLASS_OUT_OF_MEMORY);
+  expectFatal([] { tavCalloc(size_t{1} << (sizeof(size_t) * 4 + 1), size_t{1} << 31); },
+              MEMMGR_USER_OUT_OF_MEMORY, TAV_CLASS_OUT_OF_MEMORY, TAV_ACTION_TERMINATE);
   EXPECT_EQ(tav::test::allocationRequests(), requestsBefore) << "the allocator was called";
 }
 

@@ -9,6 +9,7 @@
 
 #include "tav_mempool.h"
 #include "tav_test_allocator.h"
+#include "tav_test_data.h"
 
 namespace {
 
@@ -40,31 +41,29 @@ void* allocateAndFill(TavClMemoryPool& pool, size_t size, size_t* blockNumber = 
 }
 
 TEST_F(MemoryPool, BlockSizesAreRaisedAndRoundedToPagesAndTheRemainderIsClamped) {
-  struct Row {
-    size_t first, subsequent, remainder;
-    size_t firstCapacity, subsequentCapacity, clampedRemainder, capacityKB;
-  };
-  const Row rows[] = {
-      {100, 100, 10, 4096 - 48, 4096 - 48, 256, 4},
-      {4096, 4097, 256, 4096 - 48, 8192 - 48, 256, 4},
-      {5000, 12288, 70000, 8192 - 48, 12288 - 48, 65536, 8},
-      {0, 0, 65536, 4096 - 48, 4096 - 48, 65536, 4},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message()
-                 << "pool(" << row.first << ", " << row.subsequent << ", " << row.remainder << ")");
-    TavClMemoryPool pool(row.first, row.subsequent, row.remainder);
-    EXPECT_EQ(pool.getCapacityForFirstBlock(), row.firstCapacity);
-    EXPECT_EQ(pool.getCurrentFreeSize(), row.firstCapacity);
-    EXPECT_EQ(pool.getCapacityForSubsequentBlocks(), row.subsequentCapacity);
-    EXPECT_EQ(pool.getMinimumRemainder(), row.clampedRemainder);
-    EXPECT_EQ(pool.getCapacityKB(), row.capacityKB);
+  for (const auto& row : tav::test::readDataTable("core/memory_pool_sizes.txt", 7)) {
+    SCOPED_TRACE(row.where);
+    const auto size = [&row](size_t field) { return static_cast<size_t>(row.number(field)); };
+    TavClMemoryPool pool(size(0), size(1), size(2));
+    EXPECT_EQ(pool.getCapacityForFirstBlock(), size(3));
+    EXPECT_EQ(pool.getCurrentFreeSize(), size(3));
+    EXPECT_EQ(pool.getCapacityForSubsequentBlocks(), size(4));
+    EXPECT_EQ(pool.getMinimumRemainder(), size(5));
+    EXPECT_EQ(pool.getCapacityKB(), size(6));
     EXPECT_EQ(pool.getBlockCount(), 1u);
-    EXPECT_EQ(pool.getLargestPossibleChunk(), std::max(row.firstCapacity, row.subsequentCapacity));
+    EXPECT_EQ(pool.getLargestPossibleChunk(), std::max(size(3), size(4)));
   }
 }
 
-TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturate) {
+struct Point {
+  Point(int x, int y) : x(x), y(y) {}
+  int64_t x;
+  int64_t y;
+};
+
+// Chunks are multiples of eight bytes, and construct aligns its objects even in misaligned
+// caller memory.
+TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturateAndObjectsAreAligned) {
   TavClMemoryPool pool(4096, 4096, 256);
   const size_t rows[][2] = {{0, 0}, {5, 8}, {8, 8}, {9, 16}, {kHuge, kHuge - 7}};
   for (const auto& row : rows) {
@@ -78,6 +77,20 @@ TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturate) {
   EXPECT_EQ(second - first, 8);
   EXPECT_EQ(pool.getCurrentFreeSize(), before - 16);
   EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % 8, 0u);
+
+  Point* point = pool.construct<Point>(3, -4);
+  ASSERT_NE(point, nullptr);
+  EXPECT_EQ(point->x, 3);
+  EXPECT_EQ(point->y, -4);
+
+  alignas(8) unsigned char memory[1 + 2 * sizeof(Point)];
+  TavClMemoryPool misaligned(memory + 1, sizeof memory - 1);
+  Point* aligned = misaligned.construct<Point>(1, 2);
+  ASSERT_NE(aligned, nullptr);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(aligned) % alignof(Point), 0u);
+  EXPECT_EQ(aligned->y, 2);
+  // The padding took room: a second Point no longer fits.
+  EXPECT_EQ(misaligned.construct<Point>(5, 6), nullptr);
 }
 
 TEST_F(MemoryPool, GrowthAppendsBlocksAndResumesBehindTheFirstBlockLeftWithTooLittle) {
@@ -106,9 +119,7 @@ TEST_F(MemoryPool, AnOversizedRequestGetsABlockOfItsOwnRoundedToPages) {
   allocateAndFill(pool, 3000);
   ASSERT_NE(allocateAndFill(pool, 10000, &blockNumber), nullptr);
   EXPECT_EQ(blockNumber, 2u);
-  EXPECT_EQ(pool.getBlockCount(), 2u);
   EXPECT_EQ(pool.getCapacityKB(), 4u + 12u);  // 10000 + 48 rounds up to 12288
-
   // Block 1 keeps enough room to stay current; what it cannot hold, the rest of the big block
   // (12288 - 48 - 10000 = 2240 bytes) still can.
   allocateAndFill(pool, 16, &blockNumber);
@@ -151,32 +162,25 @@ TEST_F(MemoryPool, CallerMemoryFillsUpAndThenAnswersNullSilently) {
   EXPECT_EQ(nullMemory.allocate(1), nullptr);
 }
 
-TEST_F(MemoryPool, DeleteAtASavedHandleRestoresTheFreeSize) {
+TEST_F(MemoryPool, DeleteAtRestoresASavedHandleAndEmptiesEveryLaterBlock) {
   TavClMemoryPool pool(4096, 4096, 256);
   allocateAndFill(pool, 100);
   void* handle = pool.getCurrentStateHandle();
   const size_t freeAtHandle = pool.getCurrentFreeSize();
   for (int i = 0; i < 10; ++i) allocateAndFill(pool, 24);
-  EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle - 240);
-
   pool.deleteAt(handle);
   EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle);
   EXPECT_EQ(pool.allocate(24), handle);
-
-  // A position that is in no block of the pool changes nothing.
-  int elsewhere = 0;
+  int elsewhere = 0;  // a position in no block of the pool changes nothing
   pool.deleteAt(&elsewhere);
   EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle - 24);
-}
 
-TEST_F(MemoryPool, DeleteAtEmptiesEveryLaterBlockAndAcceptsTheEndOfAFullBlock) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  void* handle = pool.getCurrentStateHandle();
+  pool.deleteAll();
+  handle = pool.getCurrentStateHandle();
   size_t blockNumber = 0;
   allocateAndFill(pool, 4000);  // block 1 keeps 48: too little, block 2 becomes current
   void* inSecond = allocateAndFill(pool, 3000, &blockNumber);
   ASSERT_EQ(blockNumber, 2u);
-
   pool.deleteAt(handle);
   EXPECT_EQ(pool.getBlockCount(), 2u);                    // deleteAt releases chunks, never blocks
   EXPECT_EQ(pool.allocate(3000, blockNumber), inSecond);  // block 2, still current, is empty
@@ -184,67 +188,43 @@ TEST_F(MemoryPool, DeleteAtEmptiesEveryLaterBlockAndAcceptsTheEndOfAFullBlock) {
 
   pool.deleteAll();
   char* whole = static_cast<char*>(pool.allocate(kSmallBlockCapacity));
-  pool.deleteAt(whole + kSmallBlockCapacity);
+  pool.deleteAt(whole + kSmallBlockCapacity);  // the end of a full block is a valid handle
   EXPECT_EQ(pool.getCurrentFreeSize(), 0u);
 }
 
-TEST_F(MemoryPool, TwoDeleteAllCallsReleaseEveryBlockButTheFirst) {
+// deleteAll keeps every block served since the previous deleteAll and releases the idle ones.
+TEST_F(MemoryPool, DeleteAllReleasesOnlyTheBlocksIdleSinceTheLastCall) {
   TavClMemoryPool pool(4096, 4096, 256);
   for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000);
-  ASSERT_EQ(pool.getBlockCount(), 3u);
   ASSERT_EQ(pool.getCapacityKB(), 12u);
-
-  pool.deleteAll();  // every block served in the last cycle: all are kept, emptied
+  pool.deleteAll();
   EXPECT_EQ(pool.getBlockCount(), 3u);
   EXPECT_EQ(pool.getCurrentFreeSize(), kSmallBlockCapacity);
-
-  pool.deleteAll();  // nothing in between: the idle blocks go
-  EXPECT_EQ(pool.getBlockCount(), 1u);
-  // Growth counted whole blocks (4 KiB each), release subtracts capacities (3 KiB each).
-  EXPECT_EQ(pool.getCapacityKB(), 12u - 2 * 3);
-}
-
-TEST_F(MemoryPool, ABlockUsedBetweenTwoDeleteAllCallsSurvivesTheSecond) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000);
-  pool.deleteAll();
   size_t blockNumber = 0;
   allocateAndFill(pool, 4000);
   allocateAndFill(pool, 4000, &blockNumber);  // reuses the kept block 2
   EXPECT_EQ(blockNumber, 2u);
   pool.deleteAll();
   EXPECT_EQ(pool.getBlockCount(), 2u);
+  // Growth counted whole blocks (4 KiB each), release subtracts capacities (3 KiB each).
+  EXPECT_EQ(pool.getCapacityKB(), 12u - 3);
   // A block appended now gets the number of the new block count.
-  allocateAndFill(pool, 4000);
-  allocateAndFill(pool, 4000);
-  allocateAndFill(pool, 4000, &blockNumber);
+  for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000, &blockNumber);
   EXPECT_EQ(blockNumber, 3u);
+  pool.deleteAll();
+  pool.deleteAll();  // nothing in between: all but the first go
+  EXPECT_EQ(pool.getBlockCount(), 1u);
 }
 
-struct Point {
-  Point(int x, int y) : x(x), y(y) {}
-  int64_t x;
-  int64_t y;
-};
-
-TEST_F(MemoryPool, ConstructBuildsAlignedObjectsAlsoInMisalignedCallerMemory) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  Point* point = pool.construct<Point>(3, -4);
-  ASSERT_NE(point, nullptr);
-  EXPECT_EQ(point->x, 3);
-  EXPECT_EQ(point->y, -4);
-
-  alignas(8) unsigned char memory[1 + 2 * sizeof(Point)];
-  TavClMemoryPool misaligned(memory + 1, sizeof memory - 1);
-  Point* first = misaligned.construct<Point>(1, 2);
-  ASSERT_NE(first, nullptr);
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % alignof(Point), 0u);
-  EXPECT_EQ(first->y, 2);
-  // The padding took room: a second Point no longer fits.
-  EXPECT_EQ(misaligned.construct<Point>(5, 6), nullptr);
+void countCalls(const _TavStError& error, void* calls) {
+  EXPECT_EQ(error.id, static_cast<uint32_t>(MEMORYPOOL_COULD_NOT_GROW));
+  EXPECT_EQ(error.errorClass, TAV_CLASS_OUT_OF_MEMORY);
+  ++*static_cast<int*>(calls);
 }
 
-TEST_F(MemoryPool, FailedGrowthThrowsThePlainExceptionFromThePoolsPosition) {
+// Without an error handler a failed growth throws the plain exception (never the fatal one of
+// the memory manager); with one, the handler hears of it and the caller gets null.
+TEST_F(MemoryPool, FailedGrowthThrowsOrCallsTheErrorHandlerAndThePoolStillWorks) {
   TavClMemoryPool pool(4096, 4096, 256);
   tav::test::failAllocation(1);
   try {
@@ -260,46 +240,22 @@ TEST_F(MemoryPool, FailedGrowthThrowsThePlainExceptionFromThePoolsPosition) {
     EXPECT_STREQ(failure.getModule(), "tav_mempool.cpp:296");
     EXPECT_EQ(failure.getLine(), 296u);
   }
-  EXPECT_EQ(pool.getBlockCount(), 1u);
   EXPECT_EQ(pool.getCapacityKB(), 4u);
-
   // A size no block can hold fails the same way, without asking the allocator.
   EXPECT_THROW(pool.allocate(kHuge - 100), TavClException);
-  ASSERT_NE(pool.allocate(5000), nullptr);  // the pool still works
-}
 
-struct HandlerLog {
   int calls = 0;
-  _TavStError last = {NO_ERROR, TAV_CLASS_UNKNOWN};
-};
-
-void recordError(const _TavStError& error, void* context) {
-  auto* log = static_cast<HandlerLog*>(context);
-  ++log->calls;
-  log->last = error;
-}
-
-TEST_F(MemoryPool, FailedGrowthCallsTheErrorHandlerAndGivesNull) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  HandlerLog log;
-  pool.setErrorHandler(recordError, &log);
+  pool.setErrorHandler(countCalls, &calls);
   allocateAndFill(pool, 4000);  // block 1 now has too little left
-
   tav::test::failAllocation(1);
   EXPECT_EQ(pool.allocate(100), nullptr);
-  EXPECT_EQ(log.calls, 1);
-  EXPECT_EQ(log.last.id, static_cast<uint32_t>(MEMORYPOOL_COULD_NOT_GROW));
-  EXPECT_EQ(log.last.errorClass, TAV_CLASS_OUT_OF_MEMORY);
   EXPECT_EQ(pool.getBlockCount(), 1u);
-
   EXPECT_EQ(pool.allocate(kHuge - 100), nullptr);
-  EXPECT_EQ(log.calls, 2);
-
+  EXPECT_EQ(calls, 2);
   tav::test::failAllocation(0);
   size_t blockNumber = 0;
   ASSERT_NE(pool.allocate(100, blockNumber), nullptr);
   EXPECT_EQ(blockNumber, 2u);
-
   pool.setErrorHandler(nullptr, nullptr);
   EXPECT_THROW(pool.allocate(kHuge - 100), TavClException);
 }

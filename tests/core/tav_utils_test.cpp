@@ -1,42 +1,38 @@
-// Numbers to text, byte swapping, sleeping, the library level and the small string functions.
+// Numbers to text, byte swapping, sleeping, the library level, the small string functions and
+// wildcard matching (its rules, and agreement with a plain backtracking matcher).
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <cstring>
 #include <limits>
 #include <random>
 #include <string>
 
+#include "tav_test_data.h"
 #include "tav_utils.h"
 
 namespace {
 
-TEST(NumberText, ExtremesAndZero) {
-  char text[TAV_INT64_TEXT_SIZE];
-  EXPECT_EQ(tavItoa(std::numeric_limits<int32_t>::min(), text), 11);
-  EXPECT_STREQ(text, "-2147483648");
-  EXPECT_EQ(tavLtoa(0, text), 1);
-  EXPECT_STREQ(text, "0");
-  EXPECT_EQ(tavULtoa(std::numeric_limits<uint32_t>::max(), text), 10);
-  EXPECT_STREQ(text, "4294967295");
-  EXPECT_EQ(tavI64toa(std::numeric_limits<int64_t>::min(), text), 20);
-  EXPECT_STREQ(text, "-9223372036854775808");
-  EXPECT_EQ(tavW64toa(std::numeric_limits<uint64_t>::max(), text), 20);
-  EXPECT_STREQ(text, "18446744073709551615");
-}
-
-TEST(NumberText, AgreesWithTheStandardLibraryOnRandomValues) {
+// Every function against std::to_string, on the extremes and on random values of every
+// magnitude; the returned length is the text's.
+TEST(NumberText, AgreesWithTheStandardLibrary) {
   std::mt19937_64 random(7);
   char text[TAV_INT64_TEXT_SIZE];
-  for (int i = 0; i < 10000; ++i) {
-    const uint64_t bits = random() >> (random() % 64);  // every magnitude, not only huge ones
+  const auto check = [&text](int length, const std::string& expected) {
+    ASSERT_EQ(std::string(text), expected);
+    ASSERT_EQ(length, static_cast<int>(expected.size()));
+  };
+  for (int i = 0; i < 10004; ++i) {
+    const uint64_t extremes[] = {0, 0x80000000u, 0xFFFFFFFFu, uint64_t{1} << 63};
+    const uint64_t bits = i < 4 ? extremes[i] : random() >> (random() % 64);
     const auto value32 = static_cast<int32_t>(bits);
-    ASSERT_EQ(tavItoa(value32, text), static_cast<int>(std::to_string(value32).size()));
-    ASSERT_EQ(text, std::to_string(value32));
-    tavI64toa(static_cast<int64_t>(bits), text);
-    ASSERT_EQ(text, std::to_string(static_cast<int64_t>(bits)));
-    tavW64toa(bits, text);
-    ASSERT_EQ(text, std::to_string(bits));
+    check(tavItoa(value32, text), std::to_string(value32));
+    check(tavLtoa(value32, text), std::to_string(value32));
+    check(tavULtoa(static_cast<uint32_t>(bits), text), std::to_string(static_cast<uint32_t>(bits)));
+    check(tavI64toa(static_cast<int64_t>(bits), text), std::to_string(static_cast<int64_t>(bits)));
+    check(tavW64toa(bits, text), std::to_string(bits));
+    check(tavW64toa(~bits, text), std::to_string(~bits));
   }
 }
 
@@ -53,50 +49,22 @@ TEST(ByteOrder, SwapsWholeUnitsOnlyAndHostToLittleIsNoChange) {
   EXPECT_EQ(bytes[0], 1);
 }
 
-TEST(SystemUtilities, SleepAdvancesTheTimeStamp) {
+TEST(SystemUtilities, SleepAdvancesTheTimeStampAndTheLibraryLevelIsFixed) {
   const uint32_t before = tavGetTimeStamp();
   tavSleepMilliSeconds(60);
   const uint32_t elapsed = tavGetTimeStamp() - before;  // unsigned difference survives a wrap
   EXPECT_GE(elapsed, 40u);  // the tick counter may advance in steps of 16 ms
-}
-
-TEST(SystemUtilities, LibraryLevelTexts) {
   EXPECT_STREQ(tavLibraryGetLevel(), "TAVLibR5-29");
   EXPECT_STREQ(tavLibraryGetTod(), "May 13 2010");
   const uint32_t system = tavGetOperatingSystemId();
   EXPECT_TRUE(system == 0 || system == 512) << system;
 }
 
-struct FindCase {
-  const char* text;
-  const char* pattern;
-  bool ignoreCase;
-  int expectedOffset;  // -1: not found
-};
-
 TEST(StrFind, CaseSensitiveIsStrstrAndIgnoreCaseRestartsAfterAMismatch) {
-  const FindCase cases[] = {
-      {"aab", "ab", false, 1},
-      {"aab", "ab", true, -1},  // the 'a' that broke "aa" is not tried again as a start
-      {"xxABcxx", "abc", true, 2},
-      {"xxabcxx", "ABC", false, -1},
-      {"abc", "", true, 0},
-      {"abc", "", false, 0},
-      {"", "a", true, -1},
-      {"ab", "abc", true, -1},
-      {"aXbAB", "ab", true, 3},
-      {"mississippi", "issip", false, 4},
-      {"mississippi", "ISSIP", true, -1},  // "issis" breaks at 's', restart misses the overlap
-      {"abcabd", "ABD", true, 3},
-  };
-  for (const FindCase& c : cases) {
-    SCOPED_TRACE(std::string(c.text) + " / " + c.pattern + (c.ignoreCase ? " ignoring case" : ""));
-    const char* found = tavStrFind(c.text, c.pattern, c.ignoreCase);
-    if (c.expectedOffset < 0) {
-      EXPECT_EQ(found, nullptr);
-    } else {
-      EXPECT_EQ(found, c.text + c.expectedOffset);
-    }
+  for (const auto& row : tav::test::readDataTable("core/str_find.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const char* found = tavStrFind(row.text(0), row.text(1), row.flag(2));
+    EXPECT_EQ(found == nullptr ? -1 : found - row.text(0), row.number(3));
   }
 }
 
@@ -110,6 +78,59 @@ TEST(StrCountAndCopyUntil, Basics) {
   EXPECT_STREQ(destination, "key");
   EXPECT_EQ(tavStrCopyUntil(destination, "no delimiter", '='), 12u);
   EXPECT_STREQ(destination, "no delimiter");
+}
+
+TEST(Wildcard, Rules) {
+  for (const auto& row : tav::test::readDataTable("core/wildcard_matches.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(tavMatchesWildcardPattern(row.text(0), row.text(1), row.flag(2)), row.flag(3));
+  }
+}
+
+// The matching rules written out as a backtracking search over every split of every "*".
+bool sameCharacter(char p, char t, bool caseSensitive) {
+  if (caseSensitive) return p == t;
+  return std::toupper(static_cast<unsigned char>(p)) == std::toupper(static_cast<unsigned char>(t));
+}
+
+bool referenceMatch(const char* pattern, const char* text, bool caseSensitive) {
+  for (;; ++pattern, ++text) {
+    if (*pattern == '\0') return *text == '\0';
+    if (*pattern == '*') break;
+    if (*text == '\0') return false;
+    if (*pattern != '?' && !sameCharacter(*pattern, *text, caseSensitive)) return false;
+  }
+  while (*pattern == '*' || *pattern == '?') {
+    if (*pattern == '?') {
+      if (*text == '\0') return false;
+      ++text;
+    }
+    ++pattern;
+  }
+  if (*pattern == '\0') return true;
+  for (; *text != '\0'; ++text) {
+    if (sameCharacter(*pattern, *text, caseSensitive) &&
+        referenceMatch(pattern + 1, text + 1, caseSensitive)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+TEST(Wildcard, AgreesWithBacktrackingOnRandomInputs) {
+  std::mt19937 random(2024);
+  const char patternAlphabet[] = "aAb*?";
+  const char textAlphabet[] = "aAbc";
+  for (int i = 0; i < 200000; ++i) {
+    std::string pattern(random() % 8, ' ');
+    for (char& c : pattern) c = patternAlphabet[random() % 5];
+    std::string text(random() % 10, ' ');
+    for (char& c : text) c = textAlphabet[random() % 4];
+    const bool caseSensitive = random() % 2 == 0;
+    ASSERT_EQ(tavMatchesWildcardPattern(pattern.c_str(), text.c_str(), caseSensitive),
+              referenceMatch(pattern.c_str(), text.c_str(), caseSensitive))
+        << "pattern '" << pattern << "', text '" << text << "', case sensitive " << caseSensitive;
+  }
 }
 
 }  // namespace

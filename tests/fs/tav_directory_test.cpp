@@ -11,14 +11,11 @@
 
 namespace {
 
+using tav::test::expectError;
+using tav::test::expectNoError;
 using tav::test::ScratchDirectory;
 
-const char kSep = TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_SLASH ? '/' : '\\';
-
-void expectError(const _TavStError& error, uint32_t id, TavEnErrorClass errorClass) {
-  EXPECT_EQ(error.id, id);
-  EXPECT_EQ(error.errorClass, errorClass);
-}
+const char kSep = tav::test::kNativeSeparator;
 
 // The root of the scratch directory's file system: "/" or "C:\\".
 std::string rootOf(const ScratchDirectory& scratch) {
@@ -46,13 +43,13 @@ TEST(Directory, ConstructionNormalisesAndExpands) {
   EXPECT_FALSE(aboveRoot.isExistent());
 }
 
-TEST(Directory, CreateMakesEveryMissingParent) {
+TEST(Directory, CreateMakesEveryMissingParentAndRemoveOnlyAnEmptyDirectory) {
   const ScratchDirectory scratch;
   scratch.makeDirectory("a");
   TavClDirectory nested(scratch.path("a/b/c").c_str());
   EXPECT_FALSE(nested.isExistent());
   ASSERT_TRUE(nested.create());
-  EXPECT_EQ(nested.getLastError().id, static_cast<uint32_t>(NO_ERROR));
+  expectNoError(nested.getLastError());
   EXPECT_TRUE(std::filesystem::is_directory(scratch.path("a/b/c")));
   EXPECT_TRUE(nested.isExistent());
   EXPECT_TRUE(nested.create());  // nothing left to make
@@ -61,12 +58,8 @@ TEST(Directory, CreateMakesEveryMissingParent) {
   TavClDirectory underFile(scratch.path("file/sub").c_str());
   EXPECT_FALSE(underFile.create());
   expectError(underFile.getLastError(), DIRECTORY_COULD_NOT_CREATE, TAV_CLASS_IO_NOT_EXISTENT);
-  TavClDirectory isFile(scratch.path("file").c_str());
-  EXPECT_FALSE(isFile.create());
-}
+  EXPECT_FALSE(TavClDirectory(scratch.path("file").c_str()).create());
 
-TEST(Directory, RemoveOnlyAnEmptyDirectory) {
-  const ScratchDirectory scratch;
   scratch.writeFile("full/f", "");
   scratch.makeDirectory("empty");
   TavClDirectory full(scratch.path("full").c_str());
@@ -77,13 +70,13 @@ TEST(Directory, RemoveOnlyAnEmptyDirectory) {
 
   TavClDirectory empty(scratch.path("empty").c_str());
   ASSERT_TRUE(empty.remove());
-  EXPECT_EQ(empty.getLastError().id, static_cast<uint32_t>(NO_ERROR));
+  expectNoError(empty.getLastError());
   EXPECT_FALSE(scratch.exists("empty"));
   EXPECT_FALSE(empty.remove());
   expectError(empty.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
 }
 
-TEST(Directory, RemoveATreeWithFilesAndSubDirectories) {
+TEST(Directory, RemoveATreeWithFilesAndSubDirectoriesButNoneNamedWithADot) {
   const ScratchDirectory scratch;
   scratch.writeFile("tree/a.txt", "a");
   scratch.writeFile("tree/sub/b.txt", "b");
@@ -101,26 +94,19 @@ TEST(Directory, RemoveATreeWithFilesAndSubDirectories) {
   ASSERT_TRUE(tree.removeAll(true));
   EXPECT_FALSE(scratch.exists("tree"));
   EXPECT_EQ(scratch.readFile("outside/kept"), "k");
-}
 
-TEST(Directory, RemoveATreeKeepsDirectoriesNamedWithALeadingDot) {
-  const ScratchDirectory scratch;
+  // Directories whose names hold a dot are kept, and so is everything on the way to them.
+  const char* const kept[] = {"tree/x.y/d", "tree/..z/e", "tree/.git/f", "tree/sub/.cache/g"};
   scratch.writeFile("tree/a.txt", "a");
   scratch.writeFile("tree/sub/b.txt", "b");
-  for (const char* kept : {"tree/x.y/d", "tree/..z/e", "tree/.git/f", "tree/sub/.cache/g"}) {
-    scratch.writeFile(kept, "k");
-  }
-
-  TavClDirectory tree(scratch.path("tree").c_str());
+  for (const char* file : kept) scratch.writeFile(file, "k");
   EXPECT_FALSE(tree.removeAll(true));
   expectError(tree.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
   // How much else went depends on the walk's order: it stops at "sub", which cannot go.
-  for (const char* kept : {"tree/x.y/d", "tree/..z/e", "tree/.git/f", "tree/sub/.cache/g"}) {
-    EXPECT_TRUE(scratch.exists(kept)) << kept;
-  }
+  for (const char* file : kept) EXPECT_TRUE(scratch.exists(file)) << file;
 }
 
-TEST(Directory, SetAsCurrent) {
+TEST(Directory, SetAsCurrentAndDates) {
   const ScratchDirectory scratch;
   scratch.makeDirectory("here");
   const tav::test::CurrentDirectoryChange restore(scratch.text());
@@ -132,6 +118,13 @@ TEST(Directory, SetAsCurrent) {
   expectError(missing.getLastError(), DIRECTORY_COULD_NOT_CHANGE, TAV_CLASS_IO_NOT_EXISTENT);
   // A success clears the record.
   EXPECT_TRUE(here.setAsCurrent());
+  expectNoError(here.getLastError());
+
+  const TavClDirectory directory(scratch.text().c_str());
+  EXPECT_NE(directory.getDateTimeOfLastModification(), 0);
+  EXPECT_NE(directory.getDateTimeOfCreation(), 0);
+  EXPECT_NE(directory.getDateTimeOfLastAccess(), 0);
+  EXPECT_EQ(missing.getDateTimeOfLastModification(), 0);
 }
 
 TEST(Directory, AttachAndDetachSubDirectories) {
@@ -154,7 +147,7 @@ TEST(Directory, AttachAndDetachSubDirectories) {
   EXPECT_EQ(std::string(directory.getName()), scratch.path("a/c/d") + kSep);
 
   ASSERT_TRUE(directory.detachLastSubDir());
-  EXPECT_EQ(directory.getLastError().id, static_cast<uint32_t>(NO_ERROR));
+  expectNoError(directory.getLastError());
   EXPECT_EQ(std::string(directory.getName()), scratch.path("a/c") + kSep);
   ASSERT_TRUE(directory.detachSubDirs(2));
   EXPECT_EQ(std::string(directory.getName()), scratch.text());
@@ -168,15 +161,6 @@ TEST(Directory, AttachAndDetachSubDirectories) {
   TavClDirectory again(scratch.text().c_str());
   EXPECT_FALSE(again.detachSubDirs(depth + 1));
   EXPECT_EQ(std::string(again.getName()), rootOf(scratch));
-}
-
-TEST(Directory, DatesOfTheDirectory) {
-  const ScratchDirectory scratch;
-  const TavClDirectory directory(scratch.text().c_str());
-  EXPECT_NE(directory.getDateTimeOfLastModification(), 0);
-  EXPECT_NE(directory.getDateTimeOfCreation(), 0);
-  EXPECT_NE(directory.getDateTimeOfLastAccess(), 0);
-  EXPECT_EQ(TavClDirectory(scratch.path("missing").c_str()).getDateTimeOfLastModification(), 0);
 }
 
 }  // namespace

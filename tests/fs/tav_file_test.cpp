@@ -4,9 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 #include <string>
+#include <utility>
 
 #include "tav_environment.h"
 #include "tav_file.h"
@@ -18,63 +18,10 @@
 
 namespace {
 
+using tav::test::expectError;
+using tav::test::expectNoError;
+using tav::test::kNativeIsSlash;
 using tav::test::ScratchDirectory;
-
-const bool kNativeIsSlash = TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_SLASH;
-
-void expectError(const _TavStError& error, uint32_t id, TavEnErrorClass errorClass) {
-  EXPECT_EQ(error.id, id);
-  EXPECT_EQ(error.errorClass, errorClass);
-}
-
-void expectNoError(const _TavStError& error) {
-  EXPECT_EQ(error.id, static_cast<uint32_t>(NO_ERROR));
-}
-
-TEST(File, AttributesOfAnExistingAndOfAMissingFile) {
-  const ScratchDirectory scratch;
-  scratch.writeFile("data.ini", "12345");
-  const TavClFile file(scratch.path("data.ini").c_str());
-  EXPECT_TRUE(file.isExistent());
-  EXPECT_TRUE(file.isFile());
-  EXPECT_FALSE(file.isDirectory());
-  EXPECT_EQ(file.getFileSize(), 5u);
-  EXPECT_STREQ(file.getFileType(), "ini");
-  EXPECT_FALSE(file.isReadOnly());
-  EXPECT_FALSE(file.isHidden());
-  EXPECT_STREQ(static_cast<const char*>(file), scratch.path("data.ini").c_str());
-
-  const TavClFile missing(scratch.path("missing").c_str());
-  EXPECT_FALSE(missing.isExistent());
-  EXPECT_EQ(missing.getFileSize(), 0u);
-  EXPECT_STREQ(missing.getFileType(), "");
-  EXPECT_FALSE(missing.isHidden());
-  // A name that cannot be written to counts as read-only.
-  EXPECT_TRUE(missing.isReadOnly());
-  EXPECT_EQ(missing.getDateTimeOfCreation(), 0);
-  EXPECT_EQ(missing.getDateTimeOfLastAccess(), 0);
-  EXPECT_EQ(missing.getDateTimeOfLastModification(), 0);
-}
-
-TEST(File, DefaultExtensionOnlyForANameWithoutOne) {
-  EXPECT_STREQ(TavClFile("/d/data", "ini").getName(), "/d/data.ini");
-  EXPECT_STREQ(TavClFile("/d/data", ".ini").getName(), "/d/data.ini");
-  EXPECT_STREQ(TavClFile("/d/data.txt", "ini").getName(), "/d/data.txt");
-  EXPECT_STREQ(TavClFile(TavClFilename("C:\\d\\data"), nullptr).getName(), "C:\\d\\data");
-}
-
-TEST(File, DatesAreThoseOfTheFile) {
-  const ScratchDirectory scratch;
-  scratch.writeFile("f", "x");
-  const TavClFile file(scratch.path("f").c_str());
-  const time_t now = std::time(nullptr);
-  // Generous bounds: the file system's clock and ours may differ a little.
-  EXPECT_LE(std::abs(static_cast<long long>(file.getDateTimeOfLastModification() - now)), 600);
-  EXPECT_LE(std::abs(static_cast<long long>(file.getDateTimeOfLastAccess() - now)), 600);
-  EXPECT_LE(std::abs(static_cast<long long>(file.getDateTimeOfCreation() - now)), 600);
-  EXPECT_EQ(TavClFileABase::getDateTimeOfLastModification(file.getName()),
-            file.getDateTimeOfLastModification());
-}
 
 #if defined(_WIN32)
 void makeHidden(const std::string& path) {
@@ -83,6 +30,45 @@ void makeHidden(const std::string& path) {
 #else
 void makeHidden(const std::string&) {}
 #endif
+
+TEST(File, AttributesAndDatesOfAnExistingAndOfAMissingFile) {
+  const ScratchDirectory scratch;
+  scratch.writeFile("data.ini", "12345");
+  TavClFile file(scratch.path("data.ini").c_str());
+  EXPECT_TRUE(file.isExistent() && file.isFile());
+  EXPECT_FALSE(file.isDirectory() || file.isReadOnly() || file.isHidden());
+  EXPECT_EQ(file.getFileSize(), 5u);
+  EXPECT_STREQ(file.getFileType(), "ini");
+  EXPECT_STREQ(static_cast<const char*>(file), scratch.path("data.ini").c_str());
+  // Generous bounds: the file system's clock and ours may differ a little.
+  const time_t now = std::time(nullptr);
+  for (time_t date : {file.getDateTimeOfLastModification(), file.getDateTimeOfLastAccess(),
+                      file.getDateTimeOfCreation()}) {
+    EXPECT_LE(std::abs(static_cast<long long>(date - now)), 600);
+  }
+  EXPECT_EQ(TavClFileABase::getDateTimeOfLastModification(file.getName()),
+            file.getDateTimeOfLastModification());
+  file.setReadOnly(true);
+  EXPECT_TRUE(file.isReadOnly());
+  file.setReadOnly(false);
+  EXPECT_FALSE(file.isReadOnly());
+
+  TavClFile missing(scratch.path("missing").c_str());
+  EXPECT_FALSE(missing.isExistent() || missing.isHidden());
+  EXPECT_EQ(missing.getFileSize(), 0u);
+  EXPECT_STREQ(missing.getFileType(), "");
+  EXPECT_TRUE(missing.isReadOnly());  // a name that cannot be written to counts as read-only
+  EXPECT_EQ(missing.getDateTimeOfCreation(), 0);
+  EXPECT_EQ(missing.getDateTimeOfLastAccess(), 0);
+  EXPECT_EQ(missing.getDateTimeOfLastModification(), 0);
+  missing.setReadOnly(true);
+  expectNoError(missing.getLastError());
+
+  EXPECT_STREQ(TavClFile("/d/data", "ini").getName(), "/d/data.ini");
+  EXPECT_STREQ(TavClFile("/d/data", ".ini").getName(), "/d/data.ini");
+  EXPECT_STREQ(TavClFile("/d/data.txt", "ini").getName(), "/d/data.txt");
+  EXPECT_STREQ(TavClFile(TavClFilename("C:\\d\\data"), nullptr).getName(), "C:\\d\\data");
+}
 
 // Hidden is an attribute on Windows and a leading dot on POSIX.
 TEST(File, HiddenFiles) {
@@ -99,44 +85,23 @@ TEST(File, HiddenFiles) {
   }
 }
 
-TEST(File, ReadOnlyFlagIsSetAndClearedWithoutRecordingErrors) {
-  const ScratchDirectory scratch;
-  scratch.writeFile("f", "x");
-  TavClFile file(scratch.path("f").c_str());
-  file.setReadOnly(true);
-  EXPECT_TRUE(file.isReadOnly());
-  file.setReadOnly(false);
-  EXPECT_FALSE(file.isReadOnly());
-  TavClFile missing(scratch.path("missing").c_str());
-  missing.setReadOnly(true);
-  expectNoError(missing.getLastError());
-}
-
-TEST(File, CopyMakesOrReplacesTheTargetWhole) {
+TEST(File, CopyMakesOrReplacesTheTargetWholeKeepingOrDroppingReadOnly) {
   const ScratchDirectory scratch;
   scratch.writeFile("source.txt", "new contents");
   scratch.writeFile("old.txt", "the old contents, which are longer");
+  scratch.makeDirectory("dir");
   TavClFile source(scratch.path("source.txt").c_str());
-
   ASSERT_TRUE(source.copyTo(TavClFilename(scratch.path("copy.txt").c_str()), false));
   expectNoError(source.getLastError());
-  EXPECT_EQ(scratch.readFile("copy.txt"), "new contents");
-
   ASSERT_TRUE(source.copyTo(TavClFilename(scratch.path("old.txt").c_str()), false));
-  EXPECT_EQ(scratch.readFile("old.txt"), "new contents");
-
-  scratch.makeDirectory("dir");
   ASSERT_TRUE(source.copyTo(TavClLocation(scratch.path("dir").c_str()), false));
-  EXPECT_EQ(scratch.readFile("dir/source.txt"), "new contents");
+  for (const char* copy : {"copy.txt", "old.txt", "dir/source.txt"}) {
+    EXPECT_EQ(scratch.readFile(copy), "new contents") << copy;
+  }
   // No temporary file stays behind.
   EXPECT_EQ(scratch.countEntries(), 4u);
   EXPECT_EQ(scratch.countEntries("dir"), 1u);
-}
 
-TEST(File, CopyKeepsOrDropsTheReadOnlyAttribute) {
-  const ScratchDirectory scratch;
-  scratch.writeFile("source", "x");
-  TavClFile source(scratch.path("source").c_str());
   source.setReadOnly(true);
   ASSERT_TRUE(source.copyTo(TavClFilename(scratch.path("kept").c_str()), true));
   ASSERT_TRUE(source.copyTo(TavClFilename(scratch.path("dropped").c_str()), false));
@@ -172,18 +137,10 @@ TEST(File, FailedCopiesLeaveTheTargetAndTheDirectoryAsTheyWere) {
   scratch.makeDirectory("a directory");
   TavClFile target(scratch.path("target").c_str());
   target.setReadOnly(true);
-
-  const struct {
-    const char* what;
-    const char* source;
-  } cases[] = {
-      {"a read-only target is not replaced", "source"},
-      {"a missing source", "missing"},
-      {"a directory as the source", "a directory"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.what);
-    TavClFile source(scratch.path(c.source).c_str());
+  // A read-only target is not replaced; a missing source and a directory are no sources.
+  for (const char* name : {"source", "missing", "a directory"}) {
+    SCOPED_TRACE(name);
+    TavClFile source(scratch.path(name).c_str());
     EXPECT_FALSE(source.copyTo(target.getFilename(), false));
     expectError(source.getLastError(), FILE_COULD_NOT_COPY, TAV_CLASS_IO_PROBLEM);
     EXPECT_EQ(scratch.readFile("target"), "old");
@@ -192,8 +149,7 @@ TEST(File, FailedCopiesLeaveTheTargetAndTheDirectoryAsTheyWere) {
   }
   // Once writable, the same target is replaced.
   target.setReadOnly(false);
-  TavClFile source(scratch.path("source").c_str());
-  EXPECT_TRUE(source.copyTo(target.getFilename(), false));
+  EXPECT_TRUE(TavClFile(scratch.path("source").c_str()).copyTo(target.getFilename(), false));
   EXPECT_EQ(scratch.readFile("target"), "new");
 }
 
@@ -250,19 +206,19 @@ TEST(File, SearchAlongAPathVariable) {
                            scratch.path("second") + ";";
   TavClEnvironmentVariable variable("TAV_TEST_FILE_SEARCH", list.c_str());
 
-  TavClFilename both("both.dat");
-  ASSERT_TRUE(TavClFile::determineFileInEnvVarPath(both, "TAV_TEST_FILE_SEARCH"));
-  EXPECT_STREQ(both.getAsCString(), scratch.path("first/both.dat").c_str());
-
-  TavClFilename second("elsewhere/only-second.dat");
-  ASSERT_TRUE(TavClFile::determineFileInEnvVarPath(second, "TAV_TEST_FILE_SEARCH"));
-  EXPECT_STREQ(second.getAsCString(), scratch.path("second/only-second.dat").c_str());
-
-  // A name that exists as it stands is kept.
-  TavClFilename present(scratch.path("second/both.dat").c_str());
-  ASSERT_TRUE(TavClFile::determineFileInEnvVarPath(present, "TAV_TEST_FILE_SEARCH"));
-  EXPECT_STREQ(present.getAsCString(), scratch.path("second/both.dat").c_str());
-
+  // A name that exists as it stands is kept; others are looked for by their name alone.
+  const std::string present = scratch.path("second/both.dat");
+  const std::pair<std::string, std::string> found[] = {
+      {"both.dat", "first/both.dat"},
+      {"elsewhere/only-second.dat", "second/only-second.dat"},
+      {present, "second/both.dat"},
+  };
+  for (const auto& [name, where] : found) {
+    SCOPED_TRACE(name);
+    TavClFilename filename(name.c_str());
+    ASSERT_TRUE(TavClFile::determineFileInEnvVarPath(filename, "TAV_TEST_FILE_SEARCH"));
+    EXPECT_STREQ(filename.getAsCString(), scratch.path(where).c_str());
+  }
   TavClFilename nowhere("nowhere.dat");
   EXPECT_FALSE(TavClFile::determineFileInEnvVarPath(nowhere, "TAV_TEST_FILE_SEARCH"));
   EXPECT_STREQ(nowhere.getAsCString(), "nowhere.dat");

@@ -1,4 +1,4 @@
-// Building file names from parts, replacing parts, the 260-character limit, and copies.
+// Replacing the parts of file names, the 260-character limit, and copies.
 
 #include <gtest/gtest.h>
 
@@ -6,62 +6,30 @@
 #include <string>
 
 #include "tav_filename.h"
+#include "tav_test_data.h"
 
 namespace {
 
-const char kNativeSeparator =
-    TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_SLASH ? '/' : '\\';
-
-TEST(FilenameBuilding, PathNameAndExtensionAreJoined) {
-  const struct {
-    const char* path;
-    const char* name;
-    const char* extension;
-    std::string expected;
-  } cases[] = {
-      {"C:\\dir", "file", "txt", "C:\\dir\\file.txt"},
-      {"C:\\dir\\", "file", ".txt", "C:\\dir\\file.txt"},
-      {"/usr/lib", "x", "so", "/usr/lib/x.so"},
-      {"C:/dir/", "file", "txt", "C:/dir/file.txt"},  // a slash ends a backslash-style path too
-      {"", "a", nullptr, "a"},
-      {nullptr, "a.b", "", "a.b"},
-      {"dir", "a", "c", std::string("dir") + kNativeSeparator + "a.c"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.expected);
-    EXPECT_EQ(TavClFilename(c.path, c.name, c.extension).getAsCString(), c.expected);
+TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
+  TavClFilename name("C:\\old\\f.txt");
+  for (const auto& row : tav::test::readDataTable("fs/filename_edits.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const std::string& edit = row.str(0);
+    const char* argument = row.text(1);
+    if (edit == "base name") name.setNewBaseName(argument);
+    if (edit == "extension") name.setNewExtension(argument);
+    if (edit == "name") name.setNewName(argument);
+    if (edit == "location") name.setNewPath(TavClLocation(argument));
+    if (edit == "path") name.setNewPath(argument);
+    if (edit == "location, name") name.setNew(TavClLocation(argument), "b.c");
+    if (edit == "remove path") name.removePath();
+    EXPECT_EQ(name.getAsCString(), row.str(2));
+    EXPECT_EQ(name.getExtension(), row.str(3));
+    EXPECT_EQ(name.hasServer(), row.str(2).compare(0, 2, "\\\\") == 0);
+    EXPECT_EQ(name.getPathStyle(), name.getStyle(row.text(2)));
   }
   EXPECT_STREQ(TavClFilename(TavClLocation("C:\\tmp"), "f", "ini").getAsCString(),
                "C:\\tmp\\f.ini");
-}
-
-TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
-  TavClFilename name("C:\\old\\f.txt");
-  name.setNewBaseName("g");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g.txt");
-  name.setNewExtension("ini");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g.ini");
-  name.setNewExtension(".log");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g.log");
-  name.setNewExtension("");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g");
-  EXPECT_STREQ(name.getExtension(), "");
-  name.setNewExtension("cfg");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\g.cfg");
-  name.setNewName("other.tar.gz");
-  EXPECT_STREQ(name.getAsCString(), "C:\\old\\other.tar.gz");
-  EXPECT_STREQ(name.getExtension(), ".gz");
-  name.setNewPath(TavClLocation("D:\\new"));
-  EXPECT_STREQ(name.getAsCString(), "D:\\new\\other.tar.gz");
-  name.setNewPath("/srv/data");
-  EXPECT_STREQ(name.getAsCString(), "/srv/data/other.tar.gz");
-  EXPECT_EQ(name.getPathStyle(), TAV_PATH_STYLE_SLASH);
-  name.setNew(TavClLocation("\\\\srv\\share\\a"), "b.c");
-  EXPECT_STREQ(name.getAsCString(), "\\\\srv\\share\\a\\b.c");
-  name.removePath();
-  EXPECT_STREQ(name.getAsCString(), "b.c");
-  EXPECT_FALSE(name.hasServer());
-  EXPECT_STREQ(name.getExtension(), ".c");
 }
 
 TEST(FilenameEditing, ArgumentsMayPointIntoTheNameItself) {

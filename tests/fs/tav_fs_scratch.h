@@ -2,7 +2,8 @@
 //
 // Set-up and checks go through std::filesystem and the standard streams, not through the
 // classes under test. The directory lies under the system's temporary directory; its text
-// ends with the native separator, as a TavClLocation does.
+// ends with the native separator, as a TavClLocation does. Beside it: the native separator
+// and the check of an error record that the file system tests share.
 
 #ifndef TAV_FS_SCRATCH_H
 #define TAV_FS_SCRATCH_H
@@ -16,9 +17,22 @@
 #include <string>
 #include <system_error>
 
+#include "tav_error.h"
+#include "tav_filename.h"
 #include "tav_process.h"
 
 namespace tav::test {
+
+inline const bool kNativeIsSlash = TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_SLASH;
+inline const char kNativeSeparator = kNativeIsSlash ? '/' : '\\';
+
+inline void expectError(const _TavStError& error, uint32_t id, TavEnErrorClass errorClass) {
+  EXPECT_EQ(error.id, id);
+  EXPECT_EQ(error.errorClass, errorClass);
+}
+inline void expectNoError(const _TavStError& error) {
+  EXPECT_EQ(error.id, static_cast<uint32_t>(NO_ERROR));
+}
 
 class ScratchDirectory {
  public:
@@ -67,13 +81,8 @@ class ScratchDirectory {
   bool exists(const std::string& relative) const { return std::filesystem::exists(path(relative)); }
   // The number of entries directly inside (without "." and "..").
   size_t countEntries(const std::string& relative = "") const {
-    size_t count = 0;
-    for (auto it = std::filesystem::directory_iterator(
-             relative.empty() ? root : std::filesystem::path(path(relative)));
-         it != std::filesystem::directory_iterator(); ++it) {
-      ++count;
-    }
-    return count;
+    const std::filesystem::directory_iterator entries(path(relative));
+    return static_cast<size_t>(std::distance(begin(entries), end(entries)));
   }
 
  private:

@@ -1,4 +1,5 @@
-// Locations: the separator at the end, normalising, roots, existence and copies.
+// Locations and joined file names: the separator at the end, normalising, roots, existence and
+// copies.
 
 #include <gtest/gtest.h>
 
@@ -6,30 +7,34 @@
 #include <string>
 
 #include "tav_filename.h"
+#include "tav_test_data.h"
 
 namespace {
 
 const bool kNativeIsSlash = TavClPathProperty::getNativeStyle() == TAV_PATH_STYLE_SLASH;
 
+// The expected text of a table row, with the platform's separator put in.
+std::string withNativeSeparator(std::string text) {
+  const size_t marker = text.find("<native>");
+  if (marker != std::string::npos) text.replace(marker, 8, kNativeIsSlash ? "/" : "\\");
+  return text;
+}
+
 TEST(Location, EndsWithTheSeparatorOfItsStyle) {
-  const struct {
-    const char* text;
-    std::string expected;
-  } cases[] = {
-      {"C:\\tmp", "C:\\tmp\\"},
-      {"C:\\tmp\\", "C:\\tmp\\"},
-      {"/usr", "/usr/"},
-      {"/usr/", "/usr/"},
-      {"C:/tmp/", "C:/tmp/"},
-      {"C:", "C:\\"},
-      {"", ""},
-      {"tmp", kNativeIsSlash ? "tmp/" : "tmp\\"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    const TavClLocation location(c.text);
-    EXPECT_EQ(location.getAsCString(), c.expected);
-    EXPECT_EQ(location.getLength(), c.expected.size());
+  for (const auto& row : tav::test::readDataTable("fs/location_text.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    const TavClLocation location(row.text(0));
+    EXPECT_EQ(location.getAsCString(), withNativeSeparator(row.str(1)));
+    EXPECT_EQ(location.getLength(), withNativeSeparator(row.str(1)).size());
+  }
+  for (const auto& row : tav::test::readDataTable("fs/location_root.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(TavClLocation(row.text(0)).isRoot(), row.flag(1));
+  }
+  for (const auto& row : tav::test::readDataTable("fs/filename_joined.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(TavClFilename(row.text(0), row.text(1), row.text(2)).getAsCString(),
+              withNativeSeparator(row.str(3)));
   }
   EXPECT_STREQ(TavClLocation("/usr/lib/x", size_t{8}).getAsCString(), "/usr/lib/");
   EXPECT_STREQ(TavClLocation(TavClFilename("C:\\dir\\f.txt")).getAsCString(), "C:\\dir\\");
@@ -47,22 +52,6 @@ TEST(Location, NormalisingUsesTheNativeSeparatorInThePathPart) {
   EXPECT_TRUE(server.hasServer());
   EXPECT_STREQ(server.getPathStart(), kNativeIsSlash ? "/a/b/" : "\\a\\b\\");
   EXPECT_FALSE(TavClLocation("C:/a\\b").isNormalized());
-}
-
-TEST(Location, RootsAreDriveSlashOrServerWithOneSeparator) {
-  const struct {
-    const char* text;
-    bool root;
-  } cases[] = {
-      {"C:\\", true}, {"/", true},        {"\\\\srv\\share\\", true},
-      {"\\", false},  {"C:\\tmp", false}, {"\\\\srv\\share\\x", false},
-      {"C:", true},  // becomes "C:\\"
-      {"", false},    {"tmp", false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    EXPECT_EQ(TavClLocation(c.text).isRoot(), c.root);
-  }
 }
 
 TEST(Location, LongTextsKeep260CharactersWithoutRoomForTheSeparator) {

@@ -11,6 +11,7 @@
 #include "tav_file.h"
 #include "tav_fs_scratch.h"
 #include "tav_relative_path_reference.h"
+#include "tav_test_data.h"
 
 namespace {
 
@@ -35,86 +36,19 @@ Expansion expand(const std::string& text, TavEnPathStyle style, const char* curr
   return {ok, buffer};
 }
 
-TEST(RelativePath, ExpansionFollowsTheRulesInBothStyles) {
-  const struct {
-    TavEnPathStyle style;
-    const char* current;
-    const char* text;
-    const char* expected;  // "" for a failure
-  } cases[] = {
-      // Drives: the drive stays, ".." cannot climb above it.
-      {kBackslash, "C:\\work\\dir", "C:\\a\\b\\..\\c\\", "C:\\a\\c\\"},
-      {kBackslash, "C:\\work\\dir", "C:\\..\\", ""},
-      {kBackslash, "C:\\work\\dir", "C:\\", "C:\\"},
-      {kBackslash, "C:\\work\\dir", "C:\\a\\.\\b\\x.\\", "C:\\a\\b\\"},
-      {kBackslash, "C:\\work\\dir", "C:\\a\\b", "C:\\a\\"},  // the last component is dropped
-      {kBackslash, "C:\\work\\dir", "C:\\a\\b\\c...\\", "C:\\a\\"},
-      {kBackslash, "C:\\work\\dir", "C:\\a\\\\b\\", "C:\\a\\b\\"},
-      {kBackslash, "C:\\work\\dir", "c:\\A\\..z\\", "c:\\A\\..z\\"},
-      // Relative texts start from the working directory, which ".." can climb to its drive.
-      {kBackslash, "C:\\work\\dir", "sub\\..\\..\\x\\", "C:\\work\\x\\"},
-      {kBackslash, "C:\\work\\dir\\", ".\\", "C:\\work\\dir\\"},
-      {kBackslash, "C:\\work\\dir", "..\\..\\", "C:\\"},
-      {kBackslash, "C:\\work\\dir", "..\\..\\..\\", ""},
-      {kBackslash, "C:\\", "a\\", "C:\\a\\"},
-      // "\\dir" has no drive, so it is not absolute and is taken as relative.
-      {kBackslash, "C:\\work", "\\dir\\", "C:\\work\\dir\\"},
-      // In backslash style '/' is an ordinary character here.
-      {kBackslash, "C:\\work", "a/b\\", "C:\\work\\a/b\\"},
-      // A server part stays, and ".." cannot remove the share.
-      {kBackslash, "C:\\work", "\\\\srv\\share\\a\\..\\b\\", "\\\\srv\\share\\b\\"},
-      {kBackslash, "C:\\work", "\\\\srv\\share\\..\\", ""},
-      {kBackslash, "C:\\work", "\\\\srv\\share", "\\\\srv\\share\\"},
-      {kBackslash, "\\\\srv\\share\\w", "..\\..\\", ""},
-      {kBackslash, "\\\\srv\\share\\w", "..\\x\\", "\\\\srv\\share\\x\\"},
-      // Slash style: only a leading '/' is absolute.
-      {kSlash, "/home/u", "/a/b/../c/", "/a/c/"},
-      {kSlash, "/home/u", "/../", ""},
-      {kSlash, "/home/u", "/", "/"},
-      {kSlash, "/home/u", "./x/", "/home/u/x/"},
-      {kSlash, "/home/u/", "../../", "/"},
-      {kSlash, "/home/u", "../../../", ""},
-      {kSlash, "/home/u", "x.y/..z/", "/home/u/x.y/..z/"},
-      {kSlash, "/home/u", "file.txt", "/home/u/"},
-      {kSlash, "/", "a/", "/a/"},
-      {kSlash, "/home/u", "C:\\a\\", "/home/u/"},  // one component, not followed by '/'
-      {kSlash, "/home/u", "a\\b/", "/home/u/a\\b/"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(std::string(c.style == kSlash ? "slash " : "backslash ") + c.current + " + " +
-                 c.text);
-    const Expansion result = expand(c.text, c.style, c.current);
-    EXPECT_EQ(result.ok, *c.expected != '\0');
-    EXPECT_EQ(result.text, c.expected);
-  }
-}
+TavEnPathStyle styleOf(const std::string& name) { return name == "slash" ? kSlash : kBackslash; }
 
-TEST(RelativePath, RelativeMeansNotAbsoluteOrHoldingDotSeparator) {
-  const struct {
-    TavEnPathStyle style;
-    const char* text;
-    bool relative;
-  } cases[] = {
-      {kBackslash, "C:\\a", false},
-      {kBackslash, "C:\\a\\.\\b", true},
-      {kBackslash, "C:\\a\\x.\\", true},
-      {kBackslash, "a\\b", true},
-      {kBackslash, "\\dir", true},
-      {kBackslash, "C:a", true},
-      {kBackslash, "\\\\srv\\s\\a", false},
-      {kBackslash, "C:\\a/./b", false},  // "./" is not the separator of this style
-      {kSlash, "/a", false},
-      {kSlash, "/a/./b", true},
-      {kSlash, "/a/x./", true},
-      {kSlash, "a/b", true},
-      {kSlash, "", true},
-      {kSlash, "/a/b.", false},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.text);
-    EXPECT_EQ(tav::path::isRelativePathIn(c.text, c.style), c.relative);
+TEST(RelativePath, ExpansionAndTheTestFollowTheRulesInBothStyles) {
+  for (const auto& row : tav::test::readDataTable("fs/relative_path_expansion.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const Expansion result = expand(row.str(2), styleOf(row.str(0)), row.text(1));
+    EXPECT_EQ(result.ok, !row.str(3).empty());
+    EXPECT_EQ(result.text, row.str(3));
   }
-  EXPECT_FALSE(tav::path::isRelativePathIn(nullptr, kSlash));
+  for (const auto& row : tav::test::readDataTable("fs/relative_path_test.txt", 3)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(tav::path::isRelativePathIn(row.text(1), styleOf(row.str(0))), row.flag(2));
+  }
 }
 
 TEST(RelativePath, ResultsLongerThan260CharactersFailAndNothingIsWrittenPastTheBuffer) {

@@ -6,15 +6,19 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <set>
 #include <string>
 #include <system_error>
+#include <vector>
 
 #include "tav_environment.h"
 #include "tav_error.h"
 #include "tav_filename.h"
 #include "tav_process.h"
 #include "tav_utils.h"
+
+extern "C" int tavFsCApiCheck(void);
 
 namespace {
 
@@ -35,9 +39,9 @@ std::string reversedProcessDigits() {
 class TemporaryNames : public testing::Test {
  protected:
   void SetUp() override {
-    for (const char* name : kVariables) {
+    for (const char* name : {"TMP", "TEMP", "TMPDIR"}) {
       const char* value = TavClEnvironmentVariableQueryOnly(name).getValue();
-      saved.push_back({name, value != nullptr, value != nullptr ? value : ""});
+      saved.emplace_back(name, value != nullptr ? std::optional<std::string>(value) : std::nullopt);
     }
     // The time stamp keeps names apart when an earlier run with the same process id left a
     // directory behind (Wine reuses small process ids, and cannot always remove long paths).
@@ -51,9 +55,7 @@ class TemporaryNames : public testing::Test {
     scratchText = scratch.string();
   }
   void TearDown() override {
-    for (const auto& variable : saved) {
-      TavClEnvironmentVariable(variable.name, variable.set ? variable.value.c_str() : nullptr);
-    }
+    for (const auto& [name, value] : saved) setVariable(name, value ? value->c_str() : nullptr);
     std::error_code ignored;
     fs::remove_all(scratch, ignored);
   }
@@ -62,13 +64,7 @@ class TemporaryNames : public testing::Test {
     TavClEnvironmentVariable(name, value);
   }
 
-  static constexpr const char* kVariables[] = {"TMP", "TEMP", "TMPDIR"};
-  struct Saved {
-    const char* name;
-    bool set;
-    std::string value;
-  };
-  std::vector<Saved> saved;
+  std::vector<std::pair<const char*, std::optional<std::string>>> saved;
   fs::path scratch;
   std::string scratchText;
 };
@@ -89,7 +85,9 @@ TEST_F(TemporaryNames, DirectoryComesFromTmpThenTempThenTheFallback) {
   EXPECT_STREQ(tavGetTmpDirectory(), kNativeIsSlash ? "/tmp/" : "C:\\");
 }
 
-TEST_F(TemporaryNames, NameIsPrefixRandomCharactersAndReversedProcessDigits) {
+// A name is the prefix, random characters and the process id's last digits reversed; names are
+// distinct and never those of existing files.
+TEST_F(TemporaryNames, NamesAreNewAndMadeOfPrefixRandomCharactersAndReversedProcessDigits) {
   const struct {
     const char* prefix;
     std::string expectedPrefix;
@@ -108,12 +106,9 @@ TEST_F(TemporaryNames, NameIsPrefixRandomCharactersAndReversedProcessDigits) {
         << base;
     EXPECT_EQ(std::string(name.getExtension()), "." + reversedProcessDigits());
   }
-}
 
-TEST_F(TemporaryNames, ManyNamesAreDistinctAndNeverThoseOfExistingFiles) {
   // Three random characters leave 68921 names, so among a few hundred draws some repeat: the
   // existence test must then move on. Each name is taken by creating its file.
-  const TavClLocation directory(scratchText.c_str());
   std::set<std::string> names;
   for (int i = 0; i < 400; ++i) {
     const TavClTmpFilename name(directory, "ABCDE");
@@ -122,9 +117,8 @@ TEST_F(TemporaryNames, ManyNamesAreDistinctAndNeverThoseOfExistingFiles) {
     std::ofstream(name.getAsCString()).put('x');
     ASSERT_TRUE(name.isExistent());
   }
-}
 
-TEST_F(TemporaryNames, DefaultDirectoryIsTheTemporaryOne) {
+  // The default directory is the temporary one, and a file name gives its own.
   setVariable("TMP", nullptr);
   setVariable("TEMP", scratchText.c_str());
   const TavClTmpFilename name;
@@ -168,12 +162,6 @@ TEST_F(TemporaryNames, NoRoomForTheNameIsReportedNotRetriedForever) {
     fs::remove(level, error);
   }
 }
-
-}  // namespace
-
-extern "C" int tavFsCApiCheck(void);
-
-namespace {
 
 TEST(FilenameCApi, TemporaryDirectoryIsCallableFromC) { EXPECT_EQ(tavFsCApiCheck(), 1); }
 

@@ -1,14 +1,19 @@
-// Messages built from string tables: substitution through a catalog, the inline and heap texts,
-// assignment, and the failure notices.
+// Messages built from string tables: the substitution of "%1" to "%10", substitution through a
+// catalog, the inline and heap texts, assignment, and the failure notices.
 
 #include "tav_message.h"
+
+#include "../../src/msg/tav_message_substitution.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "tav_test_allocator.h"
+#include "tav_test_data.h"
 
 namespace {
 
@@ -64,34 +69,26 @@ TEST(Message, FailureNoticesNameTheCatalog) {
   EXPECT_FALSE(TavClMessage(noTable, 1).isMessageLoaded());
 }
 
-TEST(Message, TextsUpToEightyCharactersStayInline) {
+TEST(Message, TextsUpToEightyCharactersStayInlineAndAllAreCutAtTheLimit) {
   TableCatalog table(kSmallTable, kSmallTableSize);
   const std::string long40(40, 'v');
   const std::string long41(41, 'v');
-  struct Case {
-    unsigned long id;
-    const char* variable;
-    size_t length;
-    bool inlineText;
-  } cases[] = {
+  // Message id, variable, length of the text, and whether it is inline.
+  const std::tuple<unsigned long, const char*, size_t, bool> cases[] = {
       {2, nullptr, 80, true},
       {3, nullptr, 81, false},
       {4, long40.c_str(), 80, true},
       {4, long41.c_str(), 82, false},
   };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "id " << c.id << " length " << c.length);
-    const TavClMessage message(table.catalog, c.id, c.variable);
-    EXPECT_EQ(std::string(message.getText()).size(), c.length);
-    EXPECT_EQ(message.isTextInline(), c.inlineText);
+  for (const auto& [id, variable, length, inlineText] : cases) {
+    SCOPED_TRACE(testing::Message() << "id " << id << " length " << length);
+    const TavClMessage message(table.catalog, id, variable);
+    EXPECT_EQ(std::string(message.getText()).size(), length);
+    EXPECT_EQ(message.isTextInline(), inlineText);
   }
-}
-
-TEST(Message, TextsAreCutAtTheMessageLimit) {
-  TableCatalog table(kSmallTable, kSmallTableSize);
-  const std::string huge(3000, 'h');
-  const TavClMessage message(table.catalog, 4, huge.c_str());
-  EXPECT_EQ(std::string(message.getText()), std::string(TAV_MSG_MAX_LENGTH, 'h'));
+  const std::string huge(3000, 'h');  // longer texts are cut at the message limit
+  EXPECT_EQ(std::string(TavClMessage(table.catalog, 4, huge.c_str()).getText()),
+            std::string(TAV_MSG_MAX_LENGTH, 'h'));
 }
 
 TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
@@ -129,6 +126,35 @@ TEST(Message, FailedAllocationsLeakNothing) {
     message.setNewMessageId(3);
     TavClMessage copy(message);
   });
+}
+
+std::string substitute(const char* in, size_t limit = 4096, const char* const* variables = kLetters,
+                       size_t count = 10) {
+  std::vector<char> out(limit + 1, '#');
+  const size_t written = tav::substituteMessageVariables(out.data(), limit, in, variables, count);
+  EXPECT_EQ(written, std::string(out.data()).size());
+  return out.data();
+}
+
+TEST(MessageSubstitution, Rules) {
+  for (const auto& row : tav::test::readDataTable("msg/message_substitution.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(substitute(row.text(0)), row.str(1));
+  }
+}
+
+TEST(MessageSubstitution, NullAndMissingVariablesReadAsQuestionMarks) {
+  const char* const variables[3] = {"one", nullptr, "three"};
+  EXPECT_EQ(substitute("%1 %2 %3 %4", 4096, variables, 3), "one ??? three ???");
+  EXPECT_EQ(substitute("%1", 4096, nullptr, 0), "???");
+}
+
+TEST(MessageSubstitution, OutputStopsAtTheLimitEvenInsideAVariable) {
+  EXPECT_EQ(substitute("abcdefgh", 5), "abcde");
+  const char* const longVariable[1] = {"12345"};
+  EXPECT_EQ(substitute("x%1y", 3, longVariable, 1), "x12");
+  EXPECT_EQ(substitute("%%%%", 1), "%");
+  EXPECT_EQ(substitute("anything", 0), "");
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "../../src/msg/tav_language_id.h"
 #include "tav_error.h"
 #include "tav_message.h"
+#include "tav_test_data.h"
 
 extern "C" int tavMsgCApiCheck(void);
 
@@ -23,16 +24,19 @@ const char* const* builtIn() { return tavMsgCatGetBuiltInStringTable(); }
 const char* const kLetters[TAV_MSG_VARIABLE_COUNT] = {"a", "b", "c", "d", "e",
                                                       "f", "g", "h", "i", "j"};
 
+// Every error id, class, severity and action names its built-in message after itself.
 #define TAV_TEST_NAME_ENTRY(name, value, message) {#name, message},
 struct NameEntry {
   const char* name;
   unsigned long message;
 };
 
-TEST(BuiltInTable, NamesComeFromTheErrorLists) {
+TEST(BuiltInTable, NamesComeFromTheErrorListsAndTheOtherTextsAreFixed) {
   ASSERT_EQ(tavMsgCatGetBuiltInStringTableSize(), 221u);
-  const NameEntry ids[] = {TAV_ERROR_ID_LIST(TAV_TEST_NAME_ENTRY)};
-  for (const NameEntry& entry : ids) {
+  const NameEntry names[] = {
+      TAV_ERROR_ID_LIST(TAV_TEST_NAME_ENTRY) TAV_ERROR_CLASS_LIST(TAV_TEST_NAME_ENTRY)
+          TAV_ERROR_SEVERITY_LIST(TAV_TEST_NAME_ENTRY) TAV_ERROR_ACTION_LIST(TAV_TEST_NAME_ENTRY)};
+  for (const NameEntry& entry : names) {
     SCOPED_TRACE(entry.name);
     EXPECT_STREQ(builtIn()[entry.message], entry.name);
   }
@@ -41,40 +45,10 @@ TEST(BuiltInTable, NamesComeFromTheErrorLists) {
                "IO_INVALID_NAME");
   EXPECT_STREQ(builtIn()[tavErrorGetSeverityAsMessageId(TAV_SEVERITY_PANIC)], "PANIC");
   EXPECT_STREQ(builtIn()[tavErrorGetActionAsMessageId(TAV_ACTION_USER)], "USER");
-}
 
-TEST(BuiltInTable, FixedTexts) {
-  const struct {
-    unsigned long id;
-    const char* text;
-  } cases[] = {
-      {0, "[TAV_MSGTAB_SIGNATURE] 221"},
-      {1, "[TAV-LIBRARY]"},
-      {8, "hH?"},
-      {22, "Sorry, no additional help available"},
-      {46, "Exception occured in line"},
-      {47, "NO_ERROR"},
-      {105, "ICU_ERROR_LIMIT"},
-      {106, "UNKNOWN"},
-      {132, "HARDWARE_NOT_SUPPORTED"},
-      {133, "NONE"},
-      {145, "USER"},
-      {146, "RETRYDELAY"},
-      {149, "PANIC"},
-      {150, "Trace Controller"},
-      {161, "fdetail"},
-      {169, "fdetail"},
-      {172, "ftid"},
-      {190, " *** Clipped ***"},
-      {192, "Nesting level: "},
-      {199, "Trace file corrupted: invalid data found"},
-      {200, "?"},
-      {219, "?"},
-      {220, "[TAV-LIBRARY]"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.id);
-    EXPECT_STREQ(builtIn()[c.id], c.text);
+  for (const auto& row : tav::test::readDataTable("msg/builtin_table_texts.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(builtIn()[row.number(0)], row.str(1));
   }
   EXPECT_EQ(std::string(builtIn()[151]).substr(0, 13), "(-key <key>) ");
 }
@@ -108,41 +82,20 @@ TEST(MessageCatalogCFunctions, StringTableHandle) {
   tavMsgCatClose(handle);
   tavMsgCatClose(nullptr);
   EXPECT_STREQ(tavMsgCatGet(nullptr, 1), "");
-}
 
-TEST(MessageCatalogCFunctions, ProxyBufferHoldsTheLongestMessage) {
+  // The handle's buffer holds the longest message.
   const std::string half(TAV_MSG_MAX_LENGTH / 2 + 7, 'q');
   const char* const table[] = {"[TAV_MSGTAB_SIGNATURE] 2", "%1%1"};
-  TavClMessageCatalogProxy* handle = tavMsgCatOpenOrUseStringTable(nullptr, table, 2);
+  handle = tavMsgCatOpenOrUseStringTable(nullptr, table, 2);
   EXPECT_EQ(std::string(tavMsgCatGetVar(handle, 1, half.c_str(), nullptr)),
             std::string(TAV_MSG_MAX_LENGTH, 'q'));
   tavMsgCatClose(handle);
 }
 
 TEST(LanguageId, LocaleNames) {
-  const struct {
-    const char* locale;
-    uint16_t id;
-  } cases[] = {
-      {"de_DE.UTF-8", 1031},
-      {"de_CH", 2055},
-      {"de", 1031},
-      {"de_XX", 1031},
-      {"EN_us", 1033},
-      {"en_GB@euro", 2057},
-      {"fr_FR.ISO-8859-1", 1036},
-      {"pt_BR", 1046},
-      {"C", 1033},
-      {"C.UTF-8", 1033},
-      {"POSIX", 1033},
-      {"", 1033},
-      {nullptr, 1033},
-      {"xx_YY", 0},
-      {"d", 0},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.locale != nullptr ? c.locale : "(null)");
-    EXPECT_EQ(tav::languageIdFromLocaleName(c.locale), c.id);
+  for (const auto& row : tav::test::readDataTable("msg/locale_language_ids.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(tav::languageIdFromLocaleName(row.text(0)), row.number(1));
   }
   char territory[tav::kLocaleNameSize];
   char language[tav::kLocaleNameSize];
@@ -173,7 +126,7 @@ class MessageCatalogModule : public testing::Test {
   TavClMessageCatalog catalog{TavClFilename(TAV_MSG_LIBRARY_CATALOG)};
 };
 
-TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguage) {
+TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguageAndNoticesForMissingIds) {
   ASSERT_TRUE(catalog.isModuleLoaded());
   EXPECT_EQ(catalog.getLanguage(), expectedLanguage);
   EXPECT_STREQ(TavClMessage(catalog, 3).getText(), german() ? "JA" : "YES");
@@ -188,10 +141,7 @@ TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguage) {
                           "Var7:??? Var8:??? Var9:??? Var10:???"
                         : "Percent:% Arg1:%1 Arg2:??? Arg3:??? Arg4:??? Arg5:??? Arg6:??? "
                           "Arg7:??? Arg8:??? Arg9:??? Arg10:???");
-}
-
-TEST_F(MessageCatalogModule, MissingIdsGiveTheCatalogNotice) {
-  ASSERT_TRUE(catalog.isModuleLoaded());
+  // Missing ids give the catalog's notice.
   for (unsigned long id : {0ul, 200ul, 221ul, 4000000000ul}) {
     SCOPED_TRACE(id);
     const TavClMessage message(catalog, id);

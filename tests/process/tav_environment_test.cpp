@@ -34,7 +34,7 @@ TEST_F(EnvironmentVariable, OnlyOnYesTrueAndOneInAnyCaseAreEnabled) {
   }
 }
 
-TEST_F(EnvironmentVariable, SetReadAndRemove) {
+TEST_F(EnvironmentVariable, SetReadAppendAndRemoveAndTheValueOutlivesTheObject) {
   TavClEnvironmentVariable variable("TAV_TEST_VALUE", "first");
   EXPECT_STREQ(variable.getValue(), "first");
   EXPECT_STREQ(variable.getAssignment(), "TAV_TEST_VALUE=first");
@@ -46,33 +46,25 @@ TEST_F(EnvironmentVariable, SetReadAndRemove) {
   variable.setNewValue("again");
   variable.setNewValue(nullptr);
   EXPECT_EQ(variable.getValue(), nullptr);
-}
+  // An empty value is set and empty on POSIX, and removes the variable on Windows.
+  variable.setNewValue("");
+  EXPECT_TRUE(variable.getValue() == nullptr || *variable.getValue() == '\0');
 
-TEST_F(EnvironmentVariable, EmptyValueIsWhatTheRuntimeMakesOfIt) {
-  TavClEnvironmentVariable variable("TAV_TEST_VALUE", "");
-  // Set and empty on POSIX; removed on Windows.
-  const char* value = variable.getValue();
-  EXPECT_TRUE(value == nullptr || *value == '\0');
-}
-
-TEST_F(EnvironmentVariable, AppendAddsTextWithoutSeparator) {
+  // Appending adds text without a separator, also to a variable that is not set.
   TavClEnvironmentVariable path("TAV_TEST_PATH", nullptr);
   EXPECT_TRUE(path.appendValue(";C:\\x"));
   EXPECT_STREQ(path.getValue(), ";C:\\x");
-  TavClEnvironmentVariable value("TAV_TEST_VALUE", "a");
-  EXPECT_TRUE(value.appendValue("b"));
-  EXPECT_STREQ(value.getValue(), "ab");
-  const std::string longText(5000, 'x');
-  EXPECT_TRUE(value.appendValue(longText.c_str()));
-  EXPECT_EQ(std::strlen(value.getValue()), 5002u);
+  variable.setNewValue("a");
+  EXPECT_TRUE(variable.appendValue("b"));
+  EXPECT_STREQ(variable.getValue(), "ab");
+  EXPECT_TRUE(variable.appendValue(std::string(5000, 'x').c_str()));
+  EXPECT_EQ(std::strlen(variable.getValue()), 5002u);
+
+  { TavClEnvironmentVariable scoped("TAV_TEST_SWITCH", "kept"); }
+  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly("TAV_TEST_SWITCH").getValue(), "kept");
 }
 
-TEST_F(EnvironmentVariable, ValueOutlivesTheObjectThatSetIt) {
-  { TavClEnvironmentVariable variable("TAV_TEST_VALUE", "kept"); }
-  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly("TAV_TEST_VALUE").getValue(), "kept");
-}
-
-TEST_F(EnvironmentVariable, LongNamesAreKeptWhole) {
+TEST_F(EnvironmentVariable, LongNamesAreKeptWholeAndQueriesFollowTheirName) {
   const std::string longName = "TAV_TEST_VALUE_" + std::string(40, 'N');
   TavClEnvironmentVariable variable(longName.c_str(), "whole");
   EXPECT_EQ(variable.getName(), longName);
@@ -89,9 +81,7 @@ TEST_F(EnvironmentVariable, LongNamesAreKeptWhole) {
   EXPECT_EQ(assigned.getName(), longName);
   EXPECT_STREQ(assigned.getValue(), "whole");
   variable.resetValue();
-}
 
-TEST_F(EnvironmentVariable, QueryOnlyNames) {
   TavClEnvironmentVariable source("TAV_TEST_VALUE", "shared");
   TavClEnvironmentVariableQueryOnly query;
   EXPECT_STREQ(query.getName(), "?");

@@ -9,12 +9,10 @@
 
 namespace {
 
-TEST(ProcessProperty, DefaultIsTheCallingProcess) {
+TEST(ProcessProperty, DefaultIsTheCallingProcessAndEachThreadHasItsOwnId) {
   EXPECT_EQ(TavClProcessProperty().getId(), tav::test::nativeProcessId());
   EXPECT_EQ(TavClProcessProperty(1234u).getId(), 1234u);
-}
-
-TEST(ThreadProperty, EachThreadHasItsOwnStableId) {
+  // Each thread has its own stable id.
   const uint32_t mainThread = TavClThreadProperty().getId();
   EXPECT_NE(mainThread, 0u);
   EXPECT_EQ(TavClThreadProperty().getId(), mainThread);
@@ -24,7 +22,7 @@ TEST(ThreadProperty, EachThreadHasItsOwnStableId) {
   EXPECT_NE(otherThread, mainThread);
 }
 
-TEST(ProcessKill, EndsARunningProcessAndCountsAGoneOneAsEnded) {
+TEST(ProcessKill, EndsARunningProcessAndCountsAGoneOrInvalidOneAsEnded) {
   const uint32_t child = tav::test::startWaitingChild();
   ASSERT_NE(child, 0u) << "could not start a child process";
   TavClProcess process(child);
@@ -38,14 +36,12 @@ TEST(ProcessKill, EndsARunningProcessAndCountsAGoneOneAsEnded) {
   EXPECT_TRUE(gone.kill());
   EXPECT_EQ(gone.getError().id, NO_ERROR);
   EXPECT_EQ(gone.getError().errorClass, TAV_CLASS_UNKNOWN);
-}
 
-TEST(ProcessKill, IdsThatNameNoSingleProcessAreNeverSignalled) {
-  // On POSIX, 0 and ids above INT_MAX would address whole process groups: this process's among
-  // them. Surviving this test is the check.
+  // Ids that name no single process are never signalled. On POSIX, 0 and ids above INT_MAX would
+  // address whole process groups: this process's among them. Surviving this test is the check.
   for (unsigned int id : {0u, 0x80000000u, 0xFFFFFFFFu}) {
-    TavClProcess process(id);
-    EXPECT_TRUE(process.kill()) << id;
+    TavClProcess invalid(id);
+    EXPECT_TRUE(invalid.kill()) << id;
   }
 }
 

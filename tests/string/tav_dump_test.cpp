@@ -11,37 +11,30 @@
 
 namespace {
 
-TEST(DumpLine, HexLineOfThreeBytesShowsPlaceholdersForTheRest) {
+TEST(DumpLine, ShortLinesShowPlaceholdersForTheMissingBytes) {
   const unsigned char bytes[] = {0x41, 0x00, 0x7F};
   EXPECT_STREQ(TavClStrepHexDump(16, bytes, 3).getAsCString(),
                "00000010: 41 00 7f __ __ __ __ __  __ __ __ __ __ __ __ __ | A.._____________");
   EXPECT_STREQ(TavClStrepHexDump(bytes, 3).getAsCString(),
                "41 00 7f __ __ __ __ __  __ __ __ __ __ __ __ __ | A.._____________");
-}
-
-TEST(DumpLine, FullLinesHaveTheirFixedLengthAndIgnoreExtraBytes) {
-  unsigned char bytes[20];
-  for (unsigned i = 0; i < sizeof(bytes); ++i) bytes[i] = static_cast<unsigned char>('a' + i);
-  const TavClStrepHexDump hex(0xABCDEF, bytes, sizeof(bytes));
-  EXPECT_EQ(std::strlen(hex.getAsCString()), 77u);
-  EXPECT_STREQ(hex.getAsCString() + 59, "| abcdefghijklmnop");
-  const TavClStrepBinDump bin(0, bytes, 8);
-  EXPECT_EQ(std::strlen(bin.getAsCString()), 93u);
-  EXPECT_STREQ(bin.getAsCString() + 83, "| abcdefgh");
-}
-
-TEST(DumpLine, BinaryLineMostSignificantBitFirst) {
   const unsigned char byte = 0xA5;
   EXPECT_STREQ(TavClStrepBinDump(0, &byte, 1).getAsCString(),
                "00000000: 10100101 ________ ________ ________  ________ ________ ________ "
                "________ | ._______");
-}
-
-TEST(DumpLine, WideOffsetsAreShownWhole) {
-  const unsigned char byte = 'x';
-  const size_t offset = static_cast<size_t>(0x12345678) << 4;  // nine digits
+  const size_t offset = static_cast<size_t>(0x12345678) << 4;  // nine digits, shown whole
   EXPECT_EQ(std::string(TavClStrepHexDump(offset, &byte, 1).getAsCString()).substr(0, 11),
             "123456780: ");
+}
+
+TEST(DumpLine, FullLinesHaveTheirFixedLengthAndIgnoreExtraBytes) {
+  unsigned char letters[20];
+  for (unsigned i = 0; i < sizeof(letters); ++i) letters[i] = static_cast<unsigned char>('a' + i);
+  const TavClStrepHexDump hex(0xABCDEF, letters, sizeof(letters));
+  EXPECT_EQ(std::strlen(hex.getAsCString()), 77u);
+  EXPECT_STREQ(hex.getAsCString() + 59, "| abcdefghijklmnop");
+  const TavClStrepBinDump bin(0, letters, 8);
+  EXPECT_EQ(std::strlen(bin.getAsCString()), 93u);
+  EXPECT_STREQ(bin.getAsCString() + 83, "| abcdefgh");
 }
 
 TEST(DumpArea, RowsOfSixteenOrEightNumberedByOffset) {
@@ -64,14 +57,11 @@ TEST(DumpArea, RowsOfSixteenOrEightNumberedByOffset) {
   std::ostringstream nothing;
   tavDump(nothing, bytes, 0);
   EXPECT_EQ(nothing.str(), "");
-}
-
-TEST(DumpArea, TypedArraysDumpAllTheirBytes) {
-  const uint64_t values[] = {0, 0, 0};
+  const uint64_t values[] = {0, 0, 0};  // typed arrays dump all their 24 bytes
   std::ostringstream dumped;
   tavDump(dumped, values, 3);
-  const std::string text = dumped.str();
-  EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 2);  // 24 bytes
+  const std::string typedText = dumped.str();
+  EXPECT_EQ(std::count(typedText.begin(), typedText.end(), '\n'), 2);
 }
 
 TEST(Representation, StreamsItsTextAndAddressesMatchTheStreamInserter) {

@@ -12,6 +12,7 @@
 
 #include "tav_strmatch.h"
 #include "tav_test_allocator.h"
+#include "tav_test_data.h"
 
 namespace {
 
@@ -35,58 +36,20 @@ size_t referenceFind(std::string_view text, std::string_view pattern, bool ignor
 }
 
 TEST(StringMatchWildcards, MatchesTheWholeTextAndPassesTheCaseFlagOnAsCaseSensitive) {
-  struct Row {
-    const char* pattern;
-    const char* text;
-    bool caseSensitive;
-    bool matches;
-  };
-  const Row rows[] = {
-      {"*.txt", "notes.txt", true, true},
-      {"*.txt", "notes.txt.bak", true, false},
-      {"*.TXT", "notes.txt", true, false},
-      {"*.TXT", "notes.txt", false, true},
-      {"data_??.csv", "data_01.csv", true, true},
-      {"data_??.csv", "data_1.csv", true, false},
-      {"", "", true, true},
-      {"*", "", true, true},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.pattern << " / " << row.text << " / "
-                                    << (row.caseSensitive ? "case-sensitive" : "ignoring case"));
-    const TavClStringMatchWildcards matcher(row.pattern, row.caseSensitive);
-    EXPECT_EQ(matcher.getPattern(row.text), row.matches ? row.text : nullptr);
+  for (const auto& row : tav::test::readDataTable("string/wildcard_matcher.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const TavClStringMatchWildcards matcher(row.text(0), row.flag(2));
+    EXPECT_EQ(matcher.getPattern(row.text(1)), row.flag(3) ? row.text(1) : nullptr);
   }
   EXPECT_EQ(TavClStringMatchWildcards("*", true).getPattern(nullptr), nullptr);
 }
 
 TEST(StringSearch, FindsTheFirstOccurrence) {
-  struct Row {
-    const char* pattern;
-    const char* text;
-    bool ignoreCase;
-    size_t expected;
-  };
-  const Row rows[] = {
-      {"ABC", "xxabcxx", true, 2},
-      {"ABC", "xxabcxx", false, kNotFound},
-      {"abc", "xxABCxx", true, 2},
-      {"a", "bbbab", false, 3},  // one character: every skip is 1
-      {"a", "", false, kNotFound},
-      {"abcdef", "abcde", false, kNotFound},  // longer than the text
-      {"", "abc", false, 0},                  // the empty pattern is found at the start
-      {"", "", true, 0},
-      {"abab", "abaabababab", false, 3},
-      {"bab", "aab", false, kNotFound},  // the plain skip rule cycles here
-      {"bab", "aabab", false, 2},
-      {"AB", "xab", true, 1},  // the skip comes from the folded text character
-      {"needle", "haystack with a needle and another needle", false, 16},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(testing::Message() << '"' << row.pattern << "\" in \"" << row.text << "\" "
-                                    << (row.ignoreCase ? "ignoring case" : "exact"));
-    const TavClStringSearch search(row.pattern, row.ignoreCase);
-    EXPECT_EQ(offsetOf(row.text, search.getPattern(row.text)), row.expected);
+  for (const auto& row : tav::test::readDataTable("string/string_search.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const TavClStringSearch search(row.text(0), row.flag(2));
+    const size_t offset = offsetOf(row.text(1), search.getPattern(row.text(1)));
+    EXPECT_EQ(offset == kNotFound ? -1 : static_cast<int64_t>(offset), row.number(3));
   }
   EXPECT_EQ(TavClStringSearch("a", false).getPattern(nullptr), nullptr);
   const char* const text = "abc";
@@ -108,76 +71,57 @@ TEST(StringSearch, TheLengthFormReadsOnlyThePrefixAndTakesNulCharactersAsText) {
   EXPECT_EQ(nul.getPattern(exact.get(), 4), exact.get());
 }
 
-// Random texts and patterns over small alphabets, where occurrences overlap and the skip table
-// has repeated characters: the cases in which a skip rule goes wrong if it can.
+// Random texts against std::string_view::find, through both forms of the search, from three
+// generators: short texts and patterns over small alphabets, where occurrences overlap and the
+// skip table has repeated characters; texts of a few hundred characters, where the search
+// passes over many windows at a time and the pattern's first or last character is rare or
+// absent; and bytes with many NULs, which the length form takes as text.
 TEST(StringSearch, AgreesWithStringViewFindOnRandomTexts) {
   std::mt19937 random(20240601);
   const std::string alphabets[] = {"ab", "abc", "aAbB", "abcdefgh", std::string("a\xe4\xc4Z", 4)};
-  for (int round = 0; round < 40000; ++round) {
-    const std::string& alphabet = alphabets[round % std::size(alphabets)];
-    const auto randomText = [&](size_t maxLength) {
-      std::string text(random() % (maxLength + 1), ' ');
-      for (char& c : text) c = alphabet[random() % alphabet.size()];
-      return text;
-    };
-    const std::string pattern = randomText(round % 7 == 0 ? 12 : 5);
-    const std::string text = randomText(40);
-    const bool ignoreCase = round % 2 == 1;
-
-    const TavClStringSearch search(pattern.c_str(), ignoreCase);
-    const size_t expected = referenceFind(text, pattern, ignoreCase);
-    const size_t actual = offsetOf(text.c_str(), search.getPattern(text.c_str()));
-    if (actual != expected) {
-      FAIL() << "pattern \"" << pattern << "\" in \"" << text << "\" "
-             << (ignoreCase ? "ignoring case" : "exact") << ": " << actual << ", expected "
-             << expected;
+  for (int round = 0; round < 60000; ++round) {
+    std::string pattern, text;
+    if (round % 3 == 0) {
+      const std::string& alphabet = alphabets[round % std::size(alphabets)];
+      const auto randomText = [&](size_t maxLength) {
+        std::string result(random() % (maxLength + 1), ' ');
+        for (char& c : result) c = alphabet[random() % alphabet.size()];
+        return result;
+      };
+      pattern = randomText(round % 7 == 0 ? 12 : 5);
+      text = randomText(40);
+    } else if (round % 3 == 1) {
+      const unsigned rarity = 1 + random() % 200;  // one character in `rarity` is not an 'a'
+      const auto randomText = [&](size_t length) {
+        std::string result(length, 'a');
+        for (char& c : result) c = random() % rarity == 0 ? "bcB"[random() % 3] : 'a';
+        return result;
+      };
+      pattern = randomText(1 + random() % 24);
+      if (round % 4 == 0) pattern.front() = 'b';
+      if (round % 5 == 0) pattern.back() = 'c';
+      text = randomText(random() % (round % 5 == 1 ? 600 : 60));
+    } else {
+      const auto randomBytes = [&](size_t length) {
+        std::string result(length, '\0');
+        for (char& c : result) c = static_cast<char>(random() % 3 == 0 ? 0 : 'x' + random() % 2);
+        return result;
+      };
+      pattern = randomBytes(1 + random() % 4);
+      text = randomBytes(random() % 30);
     }
-  }
-}
-
-// Texts of a few hundred characters, long enough for the search to pass over many windows at
-// a time, where the pattern's first or last character is rare or absent.
-TEST(StringSearch, AgreesWithStringViewFindOnLongTextsWithRareCharacters) {
-  std::mt19937 random(99);
-  for (int round = 0; round < 4000; ++round) {
-    const unsigned rarity = 1 + random() % 200;  // one character in `rarity` is not an 'a'
-    const auto randomText = [&](size_t length) {
-      std::string text(length, 'a');
-      for (char& c : text) {
-        if (random() % rarity == 0) c = "bcB"[random() % 3];
-      }
-      return text;
-    };
-    std::string pattern = randomText(1 + random() % 24);
-    if (round % 3 == 0) pattern.front() = 'b';
-    if (round % 4 == 0) pattern.back() = 'c';
-    const std::string text = randomText(random() % 600);
-    const bool ignoreCase = round % 5 == 0;
-
+    const bool ignoreCase = round % 2 == 1;
+    const std::string_view patternText(pattern.c_str());  // a pattern ends at its first NUL
     const TavClStringSearch search(pattern.c_str(), ignoreCase);
-    const size_t actual = offsetOf(text.c_str(), search.getPattern(text.c_str()));
-    ASSERT_EQ(actual, referenceFind(text, pattern, ignoreCase))
-        << "pattern \"" << pattern << "\" in a text of " << text.size() << " characters, "
-        << (ignoreCase ? "ignoring case" : "exact") << ", round " << round;
-  }
-}
-
-TEST(StringSearch, AgreesWithStringViewFindOnRandomBytesThroughTheLengthForm) {
-  std::mt19937 random(7);
-  for (int round = 0; round < 20000; ++round) {
-    std::string pattern(1 + random() % 4, '\0');
-    for (char& c : pattern) c = static_cast<char>(random() % 3 == 0 ? 0 : 'x' + random() % 2);
-    std::string text(random() % 30, '\0');
-    for (char& c : text) c = static_cast<char>(random() % 3 == 0 ? 0 : 'x' + random() % 2);
-    // The pattern ends at its first NUL, as any C string does.
-    const std::string_view patternText(pattern.c_str());
-
-    std::unique_ptr<char[]> exact(new char[text.size() + 1]);  // never empty, for new[]
+    std::unique_ptr<char[]> exact(new char[text.size() + 1]);  // unterminated, never empty
     text.copy(exact.get(), text.size());
-    const TavClStringSearch search(pattern.c_str(), false);
-    const size_t actual =
+    const size_t inText = offsetOf(text.c_str(), search.getPattern(text.c_str()));
+    const size_t inExact =
         offsetOf(exact.get(), search.getPattern(exact.get(), static_cast<unsigned>(text.size())));
-    ASSERT_EQ(actual, std::string_view(text).find(patternText)) << "round " << round;
+    ASSERT_EQ(inText, referenceFind(text.c_str(), patternText, ignoreCase))
+        << "pattern \"" << pattern << "\" in \"" << text << "\" "
+        << (ignoreCase ? "ignoring case" : "exact") << ", round " << round;
+    ASSERT_EQ(inExact, referenceFind(text, patternText, ignoreCase)) << "round " << round;
   }
 }
 

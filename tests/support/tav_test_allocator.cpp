@@ -17,47 +17,51 @@ struct AllocatorState {
   size_t requests = 0;
   size_t failAt = 0;  // request number that fails; 0 for none
   bool injected = false;
+
+  // Counts a request and tells whether it is the one to fail (never when failAt is 0).
+  bool nextRequestFails() {
+    const bool fails = ++requests == failAt;
+    injected = injected || fails;
+    return fails;
+  }
 };
 
-AllocatorState& state() {
+AllocatorState& sharedState() {
   static AllocatorState* shared = new AllocatorState;  // outlives every static destructor
   return *shared;
 }
 
-// Whether this request is the one to fail. Called with the lock held.
-bool nextRequestFails(AllocatorState& s) {
-  ++s.requests;
-  if (s.failAt != 0 && s.requests == s.failAt) {
-    s.injected = true;
-    return true;
-  }
-  return false;
+// Runs operation on the shared state with its lock held.
+template <typename Operation>
+auto locked(Operation operation) {
+  std::lock_guard<std::mutex> guard(sharedState().lock);
+  return operation(sharedState());
 }
 
 void* countingMalloc(size_t size) {
-  AllocatorState& s = state();
-  std::lock_guard<std::mutex> guard(s.lock);
-  if (nextRequestFails(s)) return nullptr;
-  void* block = std::malloc(size);
-  if (block != nullptr) s.live.insert(block);
-  return block;
+  return locked([size](AllocatorState& s) -> void* {
+    if (s.nextRequestFails()) return nullptr;
+    void* block = std::malloc(size);
+    if (block != nullptr) s.live.insert(block);
+    return block;
+  });
 }
 
 void* countingRealloc(void* block, size_t size) {
-  AllocatorState& s = state();
-  std::lock_guard<std::mutex> guard(s.lock);
-  if (nextRequestFails(s)) return nullptr;  // a failed resize keeps the old block
-  void* resized = std::realloc(block, size);
-  if (block != nullptr && (resized != nullptr || size == 0)) s.live.erase(block);
-  if (resized != nullptr) s.live.insert(resized);
-  return resized;
+  return locked([block, size](AllocatorState& s) -> void* {
+    if (s.nextRequestFails()) return nullptr;  // a failed resize keeps the old block
+    void* resized = std::realloc(block, size);
+    if (block != nullptr && (resized != nullptr || size == 0)) s.live.erase(block);
+    if (resized != nullptr) s.live.insert(resized);
+    return resized;
+  });
 }
 
 void countingFree(void* block) {
-  AllocatorState& s = state();
-  std::lock_guard<std::mutex> guard(s.lock);
-  s.live.erase(block);
-  std::free(block);
+  locked([block](AllocatorState& s) {
+    std::free(block);
+    return s.live.erase(block);
+  });
 }
 
 }  // namespace
@@ -67,28 +71,20 @@ void installCountingAllocator() {
 }
 
 void failAllocation(size_t nthFromNow) {
-  AllocatorState& s = state();
-  std::lock_guard<std::mutex> guard(s.lock);
-  s.failAt = nthFromNow == 0 ? 0 : s.requests + nthFromNow;
-  s.injected = false;
+  locked([nthFromNow](AllocatorState& s) {
+    s.failAt = nthFromNow == 0 ? 0 : s.requests + nthFromNow;
+    return s.injected = false;
+  });
 }
 
 bool allocationFailureInjected() {
-  AllocatorState& s = state();
-  std::lock_guard<std::mutex> guard(s.lock);
-  return s.injected;
+  return locked([](AllocatorState& s) { return s.injected; });
 }
-
 size_t liveBlocks() {
-  AllocatorState& s = state();
-  std::lock_guard<std::mutex> guard(s.lock);
-  return s.live.size();
+  return locked([](AllocatorState& s) { return s.live.size(); });
 }
-
 size_t allocationRequests() {
-  AllocatorState& s = state();
-  std::lock_guard<std::mutex> guard(s.lock);
-  return s.requests;
+  return locked([](AllocatorState& s) { return s.requests; });
 }
 
 }  // namespace tav::test

@@ -47,6 +47,7 @@ void forEachAllocationFailure(Operation operation) {
     EXPECT_EQ(liveBlocks(), before) << "blocks leaked";
     if (!injected) {
       EXPECT_FALSE(threw) << "an exception without a failed allocation";
+      EXPECT_GT(nth, 1u) << "the operation made no allocation through the memory manager";
       return;
     }
     EXPECT_TRUE(threw) << "a failed allocation went unreported";
