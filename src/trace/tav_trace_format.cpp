@@ -526,7 +526,7 @@ void TavClTraceFormatter::formatFloat(uint32_t type, uint64_t size) {
   }
   char text[64];
   const int length = std::snprintf(text, sizeof(text), "%.*g", digits, value);
-  // A catalog may have set a locale with a decimal comma; the display is the same everywhere.
+  // The program may have set a locale with a decimal comma; the display is the same everywhere.
   for (int i = 0; i < length; ++i) {
     if (text[i] == ',') text[i] = '.';
   }

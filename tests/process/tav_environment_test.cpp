@@ -65,7 +65,7 @@ TEST_F(EnvironmentVariable, SetReadAppendAndRemoveAndTheValueOutlivesTheObject) 
 }
 
 TEST_F(EnvironmentVariable, LongNamesAreKeptWholeAndQueriesFollowTheirName) {
-  const std::string longName = "TAV_TEST_VALUE_" + std::string(40, 'N');
+  const std::string longName = "TAV_TEST_VALUE_" + std::string(100, 'N');
   TavClEnvironmentVariable variable(longName.c_str(), "whole");
   EXPECT_EQ(variable.getName(), longName);
   EXPECT_STREQ(TavClEnvironmentVariableQueryOnly(longName.c_str()).getValue(), "whole");

@@ -10,8 +10,10 @@
 #include <unistd.h>
 
 #include <climits>
+#include <memory>
 
 #include "../tav_process_os.h"
+#include "tav_memmgr.h"
 
 namespace tav::os {
 
@@ -40,13 +42,19 @@ OsStatus killProcess(uint32_t processId) {
 const char* getEnvironment(const char* name) { return ::getenv(name); }
 
 // setenv and unsetenv copy what they are given, so the environment never points into a buffer
-// that its owner may free. Variable names are at most 40 characters.
+// that its owner may free. setenv wants the name apart: it is copied out of the assignment, on
+// the stack when it is short, as environment names almost always are.
 OsStatus putEnvironment(const char* assignment) {
   const char* equals = strchr(assignment, '=');
   if (equals == nullptr) return ::unsetenv(assignment) == 0 ? kOsSuccess : statusFromErrno(errno);
-  char name[64];
   const size_t nameLength = static_cast<size_t>(equals - assignment);
-  if (nameLength >= sizeof(name)) return failureStatus(OsFailure::invalidName);
+  char shortName[64];
+  std::unique_ptr<char, decltype(&tavFree)> longName(nullptr, &tavFree);
+  char* name = shortName;
+  if (nameLength >= sizeof shortName) {
+    longName.reset(static_cast<char*>(tavMalloc(nameLength + 1)));
+    name = longName.get();
+  }
   memcpy(name, assignment, nameLength);
   name[nameLength] = '\0';
   return ::setenv(name, equals + 1, 1) == 0 ? kOsSuccess : statusFromErrno(errno);

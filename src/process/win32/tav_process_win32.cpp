@@ -7,8 +7,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "../tav_process_os.h"
+#include "tav_memmgr.h"
 
 namespace tav::os {
 
@@ -32,19 +34,24 @@ OsStatus killProcess(uint32_t processId) {
 const char* getEnvironment(const char* name) { return std::getenv(name); }
 
 // _putenv copies its argument. It removes a variable when given "NAME=", and refuses a bare
-// name; a bare name therefore becomes "NAME=", so that removal works as on POSIX.
-// Variable names are at most 40 characters.
+// name; a bare name therefore becomes "NAME=", so that removal works as on POSIX. That text is
+// built on the stack when the name is short, as environment names almost always are.
 OsStatus putEnvironment(const char* assignment) {
-  if (std::strchr(assignment, '=') == nullptr) {
-    char removal[64];
-    const size_t nameLength = std::strlen(assignment);
-    if (nameLength + 2 > sizeof(removal)) return failureStatus(OsFailure::invalidName);
-    std::memcpy(removal, assignment, nameLength);
-    removal[nameLength] = '=';
-    removal[nameLength + 1] = '\0';
-    return _putenv(removal) != -1 ? kOsSuccess : statusFromErrno(errno);
+  if (std::strchr(assignment, '=') != nullptr) {
+    return _putenv(assignment) != -1 ? kOsSuccess : statusFromErrno(errno);
   }
-  return _putenv(assignment) != -1 ? kOsSuccess : statusFromErrno(errno);
+  const size_t nameLength = std::strlen(assignment);
+  char shortRemoval[64];
+  std::unique_ptr<char, decltype(&tavFree)> longRemoval(nullptr, &tavFree);
+  char* removal = shortRemoval;
+  if (nameLength + 2 > sizeof shortRemoval) {
+    longRemoval.reset(static_cast<char*>(tavMalloc(nameLength + 2)));
+    removal = longRemoval.get();
+  }
+  std::memcpy(removal, assignment, nameLength);
+  removal[nameLength] = '=';
+  removal[nameLength + 1] = '\0';
+  return _putenv(removal) != -1 ? kOsSuccess : statusFromErrno(errno);
 }
 
 }  // namespace tav::os
