@@ -12,6 +12,7 @@
 #include <sstream>
 #include <string>
 
+#include "../src/trace/tav_trace_record_layout.h"
 #include "fuzz_trace_environment.h"
 #include "tav_trace_entry.h"
 
@@ -40,18 +41,23 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::unique_ptr<TavClTraceFileEntry> entry(new TavClTraceFileEntry(environment));
   std::size_t record = 0;
   while (entry->read(input)) {
+    namespace layout = tav::trace_record;
     const std::uint8_t* header = entry->getHeader();
-    if (entry->getHeaderSize() != 20u + header[2] + header[3]) fail("header size", record);
+    const unsigned messageLength = header[layout::kMessageLengthOffset];
+    const unsigned originLength = header[layout::kOriginLengthOffset];
+    if (entry->getHeaderSize() != layout::kHeaderSize + messageLength + originLength) {
+      fail("header size", record);
+    }
     if (entry->getType() > 31 || entry->getDetail() > 3) fail("field out of its bits", record);
     checkText(entry->getMessage(), entry->getMessageLength(), record);
     checkText(entry->getOrigin(), entry->getOriginLength(), record);
-    if ((header[0] & 0x20) == 0 &&
-        (entry->getMessageLength() != header[2] || entry->getOriginLength() != header[3])) {
+    if ((header[layout::kFlagsOffset] & layout::kCompressedBit) == 0 &&
+        (entry->getMessageLength() != messageLength || entry->getOriginLength() != originLength)) {
       fail("plain text lengths differ from the stored ones", record);
     }
     input.ignore(static_cast<std::streamsize>(entry->getSizeOfDumpData()));
     ++record;
-    if (record > size / 20) fail("more records than the input can hold", record);
+    if (record > size / layout::kHeaderSize) fail("more records than the input can hold", record);
   }
   if (entry->getHeaderSize() != 0 || entry->getMessage()[0] != '\0') {
     fail("entry not emptied after the end", record);
