@@ -53,6 +53,9 @@ TEST_F(TraceInstance, TheFirstInstanceIsEnabledOnlyWhenActive) {
   EXPECT_EQ(TavClTraceInstance::createInstance("tiother", "other"), instance);
   EXPECT_EQ(TavClTraceInstance::createControllerInstance("tiother"), instance);
   EXPECT_STREQ(instance->getEnvironment().getKey(), "SEM32:tifirst:TAVTRACEINSTANCE0");
+  TavClTraceInstance::deleteInstance();  // never active
+  tavTraceCreateInstance("tifirst", nullptr);
+  instance = TavClTraceInstance::getCreatedInstance();
   EXPECT_FALSE(tavTraceIsEnabled());
   EXPECT_FALSE(instance->isActive());
   instance->enable();

@@ -133,7 +133,7 @@ TEST(TraceEnvironment, DefaultsWithoutVariables) {
 }
 
 // Each flag variable: switched on by an enabled value, left as it was by any other value or
-// when it is not set.
+// when it is not set. Autoclear deletes the old trace file.
 TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
   const char* const suffixes[] = {"_TRACE_ACTIVE", "_TRACE_AUTOSAVE", "_TRACE_AUTOFLUSH",
                                   "_TRACE_AUTOCLEAR", "_TRACE_COMPRESS"};
@@ -146,6 +146,7 @@ TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
       variables.set(suffixes[flag], value);
       const std::string file = tav::test::scratchFileName("flags");
       variables.set("_TRACE_FILE", file.c_str());
+      std::ofstream(file) << "old records";
       const TavClTraceEnvironment environment("tsflags", nullptr, false);
       const TavClTraceSettings& settings = environment.getSettings();
       std::vector<bool> expected = initial;
@@ -155,26 +156,41 @@ TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
                                    settings.isAutoflushEnabled(), settings.isAutoclearEnabled(),
                                    settings.isCompressionEnabled()}),
                 expected);
+      EXPECT_EQ(std::ifstream(file).good(), !expected[3]);  // autoclear deletes the file
+      std::remove(file.c_str());
     }
   }
+  // ... unless the environment is the controller.
+  ScopedTraceVariables variables("TSFLAGS");
+  const std::string file = tav::test::scratchFileName("flags");
+  variables.set("_TRACE_FILE", file.c_str());
+  variables.set("_TRACE_AUTOCLEAR", "on");
+  std::ofstream(file) << "old records";
+  const TavClTraceEnvironment controller("tsflags", nullptr, true);
+  EXPECT_TRUE(std::ifstream(file).good());
+  std::remove(file.c_str());
 }
 
+// With a key of more than 24 characters: names cut short would run the suffixes together into
+// one variable.
 TEST(TraceEnvironment, DetailSetFileAndFormatVariables) {
-  ScopedTraceVariables variables("TSVALUES");
+  ScopedTraceVariables variables("TSVALUES_ABCDEFGHIJKLMNOPQRSTUVWXYZ");
+  variables.set("_TRACE_ACTIVE", "on");
   variables.set("_TRACE_DETAIL", "high");
   variables.set("_TRACE_BUFSIZE", "5");
   variables.set("_TRACE_COMPSET", "*,-7");
   variables.set("_TRACE_FILE", "some/where.trc");
   const std::string longFormat(600, 'f');
   variables.set("_TRACE_FORMAT", longFormat.c_str());
-  TavClTraceEnvironment environment("tsvalues", "second", false);
+  TavClTraceEnvironment environment("tsvalues_abcdefghijklmnopqrstuvwxyz", "second", false);
+  EXPECT_TRUE(environment.isActive());
   EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
   EXPECT_EQ(matchingIds(environment.getSettings().getFilter()), idsOf("0-6 8-255"));
   EXPECT_EQ(environment.getTotalBufferSize(), 5120u);
   EXPECT_EQ(environment.getBufferSize(), 5120u - 48);
   EXPECT_STREQ(environment.getTraceFileName(), "some/where.trc");
   EXPECT_EQ(std::string(environment.getFormatString()), longFormat.substr(0, 512));
-  EXPECT_STREQ(environment.getKey(), "SEM32:tsvalues:second");
+  EXPECT_STREQ(environment.getKey(), "SEM32:tsvalues_abcdefghijklmnopqrstuvwxyz:second");
 
   // A set component set without a single id leaves only id 0. (An empty value would do the
   // same, but on Windows setting a variable empty removes it.)
@@ -184,55 +200,7 @@ TEST(TraceEnvironment, DetailSetFileAndFormatVariables) {
   EXPECT_EQ(matchingIds(emptySet.getSettings().getFilter()), (std::vector<uint32_t>{0}));
 }
 
-TEST(TraceEnvironment, VerboseReportsEverySettingInOrder) {
-  ScopedTraceVariables variables("TSVERBOSE");
-  variables.set("_TRACE_VERBOSE", "on");
-  variables.set("_TRACE_FILE", "report.trc");
-  variables.set("_TRACE_AUTOSAVE", "off");
-  tav::test::ReportCapture reports;
-  {
-    TavClTraceEnvironment environment("tsverbose", nullptr, false);
-    EXPECT_TRUE(environment.isVerbose());
-  }
-  const std::string output = reports.take();
-  const char* labels[] = {
-      "key:",       "active:",    "resource key:", "compression:", "autosave:",
-      "autoflush:", "autoclear:", "detail:",       "buffersize:",  "process id:",
-      "format:",    "file:",      "sharedMemory:"};
-  size_t position = 0;
-  for (const char* label : labels) {
-    SCOPED_TRACE(label);
-    const size_t found = output.find(std::string("[TAV: TRACE: ") + label + " ", position);
-    ASSERT_NE(found, std::string::npos) << output;
-    position = found + 1;
-  }
-  EXPECT_NE(output.find("[TAV: TRACE: buffersize: 65535]\n"), std::string::npos);
-  EXPECT_NE(output.find("[TAV: TRACE: file: report.trc]\n"), std::string::npos);
-}
-
-TEST(TraceEnvironment, AutoclearDeletesTheFileUnlessController) {
-  const struct {
-    const char* autoclear;
-    bool controller;
-    bool deleted;
-  } cases[] = {{"on", false, true}, {"on", true, false}, {nullptr, false, false}};
-  for (const auto& test : cases) {
-    SCOPED_TRACE(testing::Message() << (test.autoclear ? "autoclear" : "no autoclear")
-                                    << (test.controller ? ", controller" : ""));
-    const std::string file = tav::test::scratchFileName("autoclear");
-    std::ofstream(file) << "old records";
-    ScopedTraceVariables variables("TSCLEAR");
-    variables.set("_TRACE_AUTOCLEAR", test.autoclear);
-    variables.set("_TRACE_FILE", file.c_str());
-    {
-      TavClTraceEnvironment environment("tsclear", nullptr, test.controller);
-      EXPECT_EQ(!std::ifstream(file).good(), test.deleted);
-    }
-    std::remove(file.c_str());
-  }
-}
-
-TEST(TraceEnvironment, AFileThatCannotBeWrittenIsReportedAndTracingGoesOn) {
+TEST(TraceEnvironment, VerboseReportsSettingsAndAFileThatCannotBeWritten) {
   ScopedTraceVariables variables("TSBADFILE");
   const std::string file = tav::test::scratchFileName("missing") + "/no/such/dir/x.trc";
   variables.set("_TRACE_FILE", file.c_str());
@@ -247,28 +215,23 @@ TEST(TraceEnvironment, AFileThatCannotBeWrittenIsReportedAndTracingGoesOn) {
                                       "origin", message.c_str(), nullptr, 0));
     }
   }
+  // Verbose: every setting first, in order, then the failure.
   const std::string output = reports.take();
-  EXPECT_NE(output.find("[TAV: TRACE: could not open: " + file), std::string::npos) << output;
+  size_t position = 0;
+  for (const std::string& label : std::vector<std::string>{
+           "key: tsbadfile]", "active: ", "resource key: ", "compression: ", "autosave: ",
+           "autoflush: ", "autoclear: ", "detail: ", "buffersize: 4096]", "process id: ",
+           "format: ", "file: " + file + "]", "sharedMemory: ", "could not open: " + file}) {
+    SCOPED_TRACE(label);
+    position = output.find("[TAV: TRACE: " + label, position);
+    ASSERT_NE(position, std::string::npos) << output;
+  }
 }
 
 TEST(TraceEnvironment, OutOfMemoryWhileBuildingLeaksNothing) {
   ScopedTraceVariables variables("TSMEMORY");
   tav::test::forEachAllocationFailure(
       [] { TavClTraceEnvironment environment("tsmemory", nullptr, false); });
-}
-
-// A key of more than 24 characters names its variables and the default trace file in full:
-// with names cut short, the suffixes would run together into one variable.
-TEST(TraceEnvironment, LongKeysKeepEveryVariableApart) {
-  const std::string key = "ABCDEFGHIJKLMNOPQRSTUVWXYZ_LONGKEY";
-  ScopedTraceVariables variables(key);
-  variables.set("_TRACE_ACTIVE", "on");
-  variables.set("_TRACE_DETAIL", "HIGH");
-  variables.set("_TRACE_FORMAT", "%m");
-  TavClTraceEnvironment environment(key.c_str(), nullptr, false);
-  EXPECT_TRUE(environment.isActive());
-  EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
-  EXPECT_STREQ(environment.getFormatString(), "%m");
 }
 
 }  // namespace
