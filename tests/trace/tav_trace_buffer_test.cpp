@@ -169,17 +169,13 @@ class Ring {
 
 TEST(TraceBuffer, ControlBlockAtTheStartOfTheMemory) {
   Ring ring(100);
-  const auto* bytes = reinterpret_cast<const uint8_t*>(ring.memory.data());
-  EXPECT_EQ(std::memcmp(bytes, "TAVT", 4), 0);
-  uint64_t capacity = 0;
-  const uint8_t* addresses[4] = {};
-  std::memcpy(&capacity, bytes + 8, 8);
-  std::memcpy(addresses, bytes + 16, sizeof(addresses));
-  EXPECT_EQ(capacity, 100u);
-  EXPECT_EQ(addresses[0], bytes + 48);       // first data byte
-  EXPECT_EQ(addresses[1], bytes + 48 + 99);  // last data byte
-  EXPECT_EQ(addresses[2], bytes + 48);       // hand-out mark
-  EXPECT_EQ(addresses[3], bytes + 48);       // write position
+  const auto* bytes = reinterpret_cast<const char*>(ring.memory.data());
+  EXPECT_EQ(std::string(bytes, 4), "TAVT");
+  EXPECT_EQ(ring.memory[1], 100u);  // capacity
+  // First and last data byte, hand-out mark and write position.
+  const auto data = reinterpret_cast<uint64_t>(bytes + 48);
+  EXPECT_EQ(std::vector<uint64_t>(&ring.memory[2], &ring.memory[6]),
+            (std::vector<uint64_t>{data, data + 99, data, data}));
 }
 
 // Scripts run on a ring of 100 bytes: "wN" writes a record of N bytes, "f" flushes and "c"
@@ -233,13 +229,12 @@ TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
   Ring ring(100, false);
   const std::string earlier = ring.write(30);
   TavClTraceBufferManager second(ring.environment, ring.memory.data(), 148);
-  HandOutLog log;
-  second.setOverflowCallback(&HandOutLog::record, &log);
+  second.setOverflowCallback(&HandOutLog::record, &ring.log);
   const TavClTraceEntry entry(ring.environment, TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_NO_DATA, "",
                               "later", "", 0);
   second.write(entry);
   second.flush();
-  EXPECT_EQ(log.all, earlier + recordBytes(entry));
+  EXPECT_EQ(ring.log.all, earlier + recordBytes(entry));
 
   // A block that does not describe the memory it lies in is not trusted.
   uint64_t wrongCapacity = 1000;
