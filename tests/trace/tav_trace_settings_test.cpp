@@ -75,16 +75,8 @@ TEST(TraceFilter, TextsOfTheVariables) {
   EXPECT_EQ(TavClTraceFilter::getDetailAsCString(4), nullptr);
 }
 
-TEST(TraceFilter, MatchingDetailsIdsAndTheFilterFlag) {
-  TavClTraceFilter filter;
-  EXPECT_TRUE(filter.matchesProcessId(77));
-  filter.setProcessId("77");
-  EXPECT_TRUE(filter.matchesProcessId(77));
-  EXPECT_FALSE(filter.matchesProcessId(78));
-  filter.setDetail("MED");
-  EXPECT_TRUE(filter.matchesDetail(TAV_TRACE_DETAIL_OFF));
-  EXPECT_TRUE(filter.matchesDetail(TAV_TRACE_DETAIL_MED));
-  EXPECT_FALSE(filter.matchesDetail(TAV_TRACE_DETAIL_HIGH));
+TEST(TraceFilter, MatchingComponentsAndTheFilterFlag) {
+  TavClTraceFilter filter;  // details and ids are left to the formatter's display table
   EXPECT_FALSE(filter.usesCompIdFilter());
   filter.disableComponentId(255);
   EXPECT_TRUE(filter.usesCompIdFilter());

@@ -37,9 +37,8 @@ std::string readFileBytes(const std::string& fileName) {
 
 std::string readTestData(const char* name) {
   const std::string path = std::string(TAV_TRACE_TEST_DATA) + "/" + name;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw std::runtime_error("missing test data: " + path);
-  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  if (!std::ifstream(path)) throw std::runtime_error("missing test data: " + path);
+  return readFileBytes(path);
 }
 
 namespace {
