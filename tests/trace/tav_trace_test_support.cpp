@@ -6,13 +6,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <tuple>
 #include <utility>
-
-#include <gtest/gtest.h>
 
 #include "tav_environment.h"
 #include "tav_process.h"
@@ -108,14 +105,6 @@ bool operator==(const RecordRead& left, const RecordRead& right) {
                     r.message, r.origin, r.data);
   };
   return fields(left) == fields(right);
-}
-
-void PrintTo(const RecordRead& record, std::ostream* out) {
-  *out << "{type " << record.type << ", detail " << record.detail << ", component "
-       << record.componentId << ", time " << record.timeStamp << ", process " << record.processId
-       << ", thread " << record.threadId << ", message " << testing::PrintToString(record.message)
-       << ", origin " << testing::PrintToString(record.origin) << ", data "
-       << testing::PrintToString(record.data) << "}";
 }
 
 std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,

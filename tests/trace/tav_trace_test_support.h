@@ -5,7 +5,6 @@
 #define TAV_TRACE_TEST_SUPPORT_H
 
 #include <cstdint>
-#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -67,9 +66,8 @@ struct RecordRead {
   std::string data;
 };
 
-// Records compare field by field and print on one line, so that a test can expect whole records.
+// Records compare field by field, so that a test can expect whole records.
 bool operator==(const RecordRead& left, const RecordRead& right);
-void PrintTo(const RecordRead& record, std::ostream* out);
 
 // Reads every record of a trace file's bytes. *endsOnRecord tells whether the bytes end exactly
 // behind the last record's data (rather than inside a record).
