@@ -282,22 +282,6 @@ TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
   }
 }
 
-TEST(TraceFileWriter, AppendsEachHandOutAndReportsIt) {
-  Ring ring(100);
-  ring.toFile();
-  ring.environment.verbose = true;
-  std::ofstream(ring.fileName, std::ios::binary) << "earlier";
-  tav::test::ReportCapture reports;
-  for (int record = 0; record < 4; ++record) ring.write(39);
-  ring.manager.flush();
-  EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.written);
-  const std::string writing = "[TAV: TRACE: writing file: " + ring.fileName + "]\n";
-  EXPECT_EQ(reports.take(), writing + "[TAV: TRACE: file exists with size: 7]\n" +
-                                "[TAV: TRACE: bytes written: 100 file status: 0]\n" + writing +
-                                "[TAV: TRACE: file exists with size: 107]\n" +
-                                "[TAV: TRACE: bytes written: 56 file status: 0]\n");
-}
-
 TEST(TraceFileWriter, AFileThatCannotBeOpenedIsReportedAndTracingGoesOn) {
   Ring ring(100);
   ring.toFile();
@@ -317,34 +301,36 @@ TEST(TraceFileWriter, AFileThatCannotBeOpenedIsReportedAndTracingGoesOn) {
   EXPECT_EQ(ring.kept(), ring.written.substr(30));
 }
 
+// Hand-outs are appended to what the file held before. A failed write is reported and cut
+// back to the last whole record.
 TEST(TraceFileWriter, AFailedWriteIsReportedAndLeavesOnlyWholeRecords) {
   Ring ring(100);
   ring.toFile();
+  ring.environment.verbose = true;
+  std::ofstream(ring.fileName, std::ios::binary) << "earlier";
+  tav::test::ReportCapture reports;
   for (int record = 0; record < 4; ++record) ring.write(30);
   // The first hand-out held records 0 to 2 and the first 10 bytes of record 3. The second is
   // made to fail after 25 bytes: it held the rest of 3, records 4 and 5 and the start of 6.
   ring.writer.allowance = [](uint64_t) { return 25; };
-  ring.write(30);
-  ring.write(30);
-  ring.environment.verbose = true;
-  tav::test::ReportCapture reports;
-  ring.write(30);
-  const std::string& name = ring.fileName;
-  EXPECT_EQ(reports.take(), "[TAV: TRACE: writing file: " + name + "]\n" +
-                                "[TAV: TRACE: file exists with size: 100]\n" +
-                                "[TAV: TRACE: could not write: " + name +
+  for (int record = 4; record < 7; ++record) ring.write(30);
+  const std::string writing = "[TAV: TRACE: writing file: " + ring.fileName + "]\n";
+  EXPECT_EQ(reports.take(), writing + "[TAV: TRACE: file exists with size: 7]\n" +
+                                "[TAV: TRACE: bytes written: 100 file status: 0]\n" + writing +
+                                "[TAV: TRACE: file exists with size: 107]\n" +
+                                "[TAV: TRACE: could not write: " + ring.fileName +
                                 " (errno: " + std::to_string(ENOSPC) + ")]\n" +
-                                "[TAV: TRACE: file cut back to size: 90]\n" +
+                                "[TAV: TRACE: file cut back to size: 97]\n" +
                                 "[TAV: TRACE: bytes written: 25 file status: 0]\n");
-  EXPECT_EQ(readFileBytes(name), ring.written.substr(0, 90));
+  EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.written.substr(0, 90));
 
   // The rest of record 6 is not written after the cut; record 7 is.
   ring.writer.allowance = nullptr;
   ring.environment.verbose = false;
   ring.write(30);
   ring.manager.flush();
-  EXPECT_EQ(readFileBytes(name), ring.written.substr(0, 90) + ring.written.substr(210));
-  EXPECT_EQ(ring.kept(), readFileBytes(name));
+  EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.kept());
+  EXPECT_EQ(ring.kept(), ring.written.substr(0, 90) + ring.written.substr(210));
 }
 
 // Without verbose, failures are not reported at all.
