@@ -129,8 +129,9 @@ TEST(TraceFormatter, DataDisplayByType) {
 // The demo program's trace, formatted as the demo prints it.
 TEST(TraceFormatter, DemoTraceGolden) {
   const std::string bytes = readTestData("demo.trc");
-  EXPECT_EQ(formatBytes(bytes, TavClTraceEnvironment::kDefaultFormat),
-            readTestData("demo_default.txt"));
+  TestTraceEnvironment environment;
+  TavClTraceFormatter byDefault(environment);  // the environment's default format
+  EXPECT_EQ(formatted(byDefault, &bytes), readTestData("demo_default.txt"));
   EXPECT_EQ(formatBytes(bytes, "%x %f %m %d", "indent=|  ,nesting"),
             readTestData("demo_nested.txt"));
 }
@@ -268,15 +269,6 @@ TEST(TraceFormatterFile, FormatsRecordsWrittenByTheLibrary) {
     TavClTraceFormatter cannotOpen(environment);
     EXPECT_EQ(formatted(cannotOpen), failure(TRACEFORMAT_COULD_NOT_OPEN, 837));
   }
-}
-
-TEST(TraceFormatterEnvironment, DefaultFormatComesFromTheEnvironment) {
-  tav::test::ScopedTraceVariables variables("TAVFMTTEST");
-  variables.set("_TRACE_FORMAT", "[%f]");
-  TavClTraceEnvironment environment("tavfmttest", nullptr, true);
-  EXPECT_STREQ(TavClTraceFormatter(environment).getFormatString(), "[%f]");
-  TestTraceEnvironment plain;
-  EXPECT_STREQ(TavClTraceFormatter(plain).getFormatString(), TavClTraceEnvironment::kDefaultFormat);
 }
 
 }  // namespace

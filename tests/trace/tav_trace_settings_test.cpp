@@ -13,6 +13,7 @@
 #include "tav_report_capture.h"
 #include "tav_test_allocator.h"
 #include "tav_trace_environment.h"
+#include "tav_trace_formatter.h"
 #include "tav_trace_test_support.h"
 
 namespace {
@@ -182,6 +183,7 @@ TEST(TraceEnvironment, DetailSetFileAndFormatVariables) {
   EXPECT_EQ(environment.getBufferSize(), 5120u - 48);
   EXPECT_STREQ(environment.getTraceFileName(), "some/where.trc");
   EXPECT_EQ(std::string(environment.getFormatString()), longFormat.substr(0, 512));
+  EXPECT_STREQ(TavClTraceFormatter(environment).getFormatString(), environment.getFormatString());
   EXPECT_STREQ(environment.getKey(), "SEM32:tsvalues_abcdefghijklmnopqrstuvwxyz:second");
 
   // A set component set without a single id leaves only id 0. (An empty value would do the
