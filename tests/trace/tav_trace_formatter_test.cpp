@@ -103,7 +103,7 @@ std::string formatBytes(const std::string& bytes, const char* format,
 TEST(TraceFormatter, Directives) {
   const Record data{TAV_TRACE_TYPE_UINT32, "fn",  littleEndian(305419896, 4),
                     TAV_TRACE_DETAIL_MED,  "msg", 5};
-  for (const auto& row : readTable("formatter_directives.txt")) {
+  for (const auto& row : readTable("formatter_directives.txt", 2)) {
     SCOPED_TRACE(row.where);
     EXPECT_EQ(formatBytes(bytesOf({data}), row.fields.at(0).c_str(), "indent=> "),
               row.fields.at(1) + "\n");
@@ -111,7 +111,7 @@ TEST(TraceFormatter, Directives) {
 }
 
 TEST(TraceFormatter, DataDisplayByType) {
-  for (const auto& row : readTable("formatter_data.txt")) {
+  for (const auto& row : readTable("formatter_data.txt", 5)) {
     SCOPED_TRACE(row.where);
     const auto type = static_cast<TavEnTraceDataType>(std::stoi(row.fields.at(0)));
     EXPECT_STREQ(TavClTraceFormatter::getTypeAsShortCString(type), row.fields.at(1).c_str());
@@ -139,20 +139,23 @@ TEST(TraceFormatter, DemoTraceGolden) {
 // Small traces shown with the filter and the display switches.
 TEST(TraceFormatter, FilterAndDisplaySwitches) {
   std::vector<Record> trace;
-  for (const auto& row : readTable("formatter_display.txt")) {
+  for (const auto& row : readTable("formatter_display.txt", 4)) {
     SCOPED_TRACE(row.where);
     const std::vector<std::string>& field = row.fields;
-    if (field.at(0) == "trace") {
-      trace.clear();
-    } else if (field.at(0) == "record") {
-      trace.push_back({static_cast<TavEnTraceDataType>(std::stoi(field.at(1))), field.at(6),
-                       field.at(8), static_cast<TavEnTraceDetail>(std::stoi(field.at(2))),
-                       field.at(7), static_cast<uint8_t>(std::stoi(field.at(3))),
-                       static_cast<uint32_t>(std::stoul(field.at(4))),
-                       static_cast<uint32_t>(std::stoul(field.at(5)))});
+    if (field[0] == "trace") trace.clear();
+    if (field[0] != "show") {
+      int type = 0, detail = 0, componentId = 0;
+      Record record;
+      std::istringstream(field[1]) >> type >> detail >> componentId >> record.processId >>
+          record.threadId >> record.origin;
+      record.type = static_cast<TavEnTraceDataType>(type);
+      record.detail = static_cast<TavEnTraceDetail>(detail);
+      record.componentId = static_cast<uint8_t>(componentId);
+      record.message = field[2];
+      record.data = field[3];
+      trace.push_back(record);
     } else {
-      ASSERT_EQ(field.at(0), "show");
-      EXPECT_EQ(formatBytes(bytesOf(trace), field.at(1).c_str(), field.at(2)), field.at(3));
+      EXPECT_EQ(formatBytes(bytesOf(trace), field[1].c_str(), field[2]), field[3]);
     }
   }
   // A filter given to the constructor is the one used (its level is LOW).
@@ -168,7 +171,7 @@ TEST(TraceFormatter, FilterAndDisplaySwitches) {
 // A damaged record stops formatting with a failure, after the text of the good one before it.
 TEST(TraceFormatter, DamagedFiles) {
   const std::string good = bytesOf({{TAV_TRACE_TYPE_INT32, "fn", "abcd"}});
-  for (const auto& row : readTable("formatter_damaged.txt")) {
+  for (const auto& row : readTable("formatter_damaged.txt", 6)) {
     SCOPED_TRACE(row.where);
     Record damaged{static_cast<TavEnTraceDataType>(std::stoi(row.fields.at(0))), "fn",
                    row.fields.at(1)};

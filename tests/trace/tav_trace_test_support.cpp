@@ -38,49 +38,26 @@ std::string readTestData(const char* name) {
   return readFileBytes(path);
 }
 
-namespace {
-
-// One field at text[position]: a word up to the next blank, or a quoted string whose escapes
-// are \n, \t, \xHH and a backslash before any other character standing for that character.
-std::string readField(const std::string& text, size_t& position) {
-  if (text[position] != '"') {
-    const size_t end = text.find_first_of(" \t", position);
-    std::string word = text.substr(position, end - position);
-    position = end;
-    return word;
-  }
-  std::string field;
-  for (++position; position < text.size() && text[position] != '"'; ++position) {
-    char character = text[position];
-    if (character == '\\' && ++position < text.size()) {
-      character = text[position];
-      if (character == 'n') character = '\n';
-      if (character == 't') character = '\t';
-      if (character == 'x') {
-        character = static_cast<char>(std::stoi(text.substr(position + 1, 2), nullptr, 16));
-        position += 2;
+std::vector<DataRow> readTable(const char* name, size_t fieldCount) {
+  std::vector<DataRow> rows = readDataTable(std::string("trace/") + name, fieldCount);
+  for (DataRow& row : rows) {
+    for (std::string& field : row.fields) {
+      std::string text;
+      for (size_t position = 0; position < field.size(); ++position) {
+        char character = field[position];
+        if (character == '\\' && ++position < field.size()) {
+          character = field[position];
+          if (character == 'n') character = '\n';
+          if (character == 't') character = '\t';
+          if (character == 'x') {
+            character = static_cast<char>(std::stoi(field.substr(position + 1, 2), nullptr, 16));
+            position += 2;
+          }
+        }
+        text += character;
       }
+      field = text;
     }
-    field += character;
-  }
-  if (position++ >= text.size()) throw std::runtime_error("unterminated string: " + text);
-  return field;
-}
-
-}  // namespace
-
-std::vector<TableRow> readTable(const char* name) {
-  std::istringstream text(readTestData(name));
-  std::vector<TableRow> rows;
-  std::string line;
-  for (int number = 1; std::getline(text, line); ++number) {
-    TableRow row{std::string(name) + ":" + std::to_string(number), {}};
-    for (size_t position = line.find_first_not_of(" \t"); position < line.size();
-         position = line.find_first_not_of(" \t", position)) {
-      if (row.fields.empty() && line[position] == '#') break;
-      row.fields.push_back(readField(line, position));
-    }
-    if (!row.fields.empty()) rows.push_back(row);
   }
   return rows;
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tav_test_data.h"
 #include "tav_trace_entry.h"
 #include "tav_trace_environment_base.h"
 
@@ -37,16 +38,10 @@ std::string readFileBytes(const std::string& fileName);
 // The bytes of a file under tests/data/trace.
 std::string readTestData(const char* name);
 
-// A row of a table under tests/data/trace, and where it stands there (for SCOPED_TRACE).
-struct TableRow {
-  std::string where;
-  std::vector<std::string> fields;
-};
-
-// The rows of a table under tests/data/trace: one row a line, fields separated by blanks, each
-// a word or a quoted string with C escapes ("a\tb\x00"). Blank lines and lines starting with #
-// are left out.
-std::vector<TableRow> readTable(const char* name);
+// The rows of a table under tests/data/trace, read as tav_test_data.h says, each field's C
+// escapes replaced: \n, \t, \xHH ("|" is \x7C) and a backslash before any other character for
+// that character.
+std::vector<DataRow> readTable(const char* name, size_t fieldCount);
 
 // value as width bytes, least significant first, as trace records store numbers.
 std::string littleEndian(uint64_t value, unsigned width);
