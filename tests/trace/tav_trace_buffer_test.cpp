@@ -1,62 +1,96 @@
-// The trace ring buffer: its control block, wrapping at the end with hand-outs of at most two
-// pieces, flushing, running without a callback, and taking over memory that already holds a
-// ring. Every hand-out is recorded, so a test can check that the pieces put together are
-// exactly the records written.
+// The trace ring buffer and the file writer behind it: the control block, wrapping at the end
+// with hand-outs of at most two pieces, flushing, running without a callback, taking over memory
+// that already holds a ring, and files that cannot be opened or fill up part way. Every hand-out
+// is recorded, so a test can check that the pieces put together are exactly the records written,
+// and that a file, whatever failed, holds only the whole records no failure touched.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
 #include <random>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "tav_report_capture.h"
 #include "tav_trace_buffer.h"
 #include "tav_trace_test_support.h"
 
 namespace {
 
+using tav::test::readFileBytes;
 using tav::test::recordBytes;
 using tav::test::TestTraceEnvironment;
 
-struct HandOut {
-  std::string first;
-  std::string second;
-  const uint8_t* secondAddress;
-};
-
 struct HandOutLog {
+  struct HandOut {
+    std::string first;
+    std::string second;
+    const uint8_t* secondAddress;
+  };
   std::vector<HandOut> handOuts;
+  std::string all;
 
   static void record(const _TavStTraceHandOut* handOut) {
-    auto* log = static_cast<HandOutLog*>(handOut->context);
-    log->handOuts.push_back(
-        {std::string(reinterpret_cast<const char*>(handOut->firstPiece), handOut->firstLength),
-         handOut->secondLength == 0
-             ? std::string()
-             : std::string(reinterpret_cast<const char*>(handOut->secondPiece),
-                           handOut->secondLength),
-         handOut->secondPiece});
+    static_cast<HandOutLog*>(handOut->context)->add(*handOut);
   }
-
-  std::string all() const {
-    std::string bytes;
-    for (const HandOut& handOut : handOuts) bytes += handOut.first + handOut.second;
-    return bytes;
+  void add(const _TavStTraceHandOut& handOut) {
+    const auto* second = reinterpret_cast<const char*>(handOut.secondPiece);
+    handOuts.push_back(
+        {std::string(reinterpret_cast<const char*>(handOut.firstPiece), handOut.firstLength),
+         std::string(second, second ? handOut.secondLength : 0), handOut.secondPiece});
+    all += handOuts.back().first + handOuts.back().second;
   }
 };
 
-// A ring of the given capacity in memory of its own, plain records, and the log of hand-outs.
+// Lets a test decide how many bytes each write may put into the file before it fails.
+class FailingFileWriter : public TavClTraceFileWriter {
+ public:
+  using TavClTraceFileWriter::TavClTraceFileWriter;
+  // Given a write's length, the bytes it may write; fewer than the length make it fail.
+  std::function<uint64_t(uint64_t)> allowance;
+  bool failed = false;
+
+ protected:
+  uint64_t writeToFile(int file, const uint8_t* bytes, uint64_t length, int* errorNumber) override {
+    const uint64_t allowed = allowance ? std::min(allowance(length), length) : length;
+    const uint64_t written =
+        allowed == 0 ? 0 : TavClTraceFileWriter::writeToFile(file, bytes, allowed, errorNumber);
+    if (allowed == length) return written;
+    failed = true;
+    *errorNumber = ENOSPC;
+    return written;
+  }
+};
+
+// A ring of the given capacity in memory of its own and the log of its hand-outs. Once toFile()
+// names a scratch file, every hand-out also goes to the file through a writer whose writes, and
+// whose opening of the file, the test may make fail; failed hand-outs are noted as spans of the
+// stream of all bytes written.
 class Ring {
  public:
   explicit Ring(uint64_t capacity, bool withCallback = true)
       : environment(false, capacity),
         memory((TavClTraceBufferManager::kControlBlockSize + capacity + 7) / 8),
-        manager(environment, memory.data(), TavClTraceBufferManager::kControlBlockSize + capacity) {
+        manager(environment, memory.data(), TavClTraceBufferManager::kControlBlockSize + capacity),
+        writer(environment) {
     if (withCallback) installCallback();
   }
+  ~Ring() {
+    std::error_code ignored;
+    std::filesystem::remove(fileName, ignored);
+  }
 
-  void installCallback() { manager.setOverflowCallback(&HandOutLog::record, &log); }
+  void installCallback() { manager.setOverflowCallback(&Ring::handOut, this); }
+  void toFile() {
+    fileName = tav::test::scratchFileName("ring");
+    missingName = fileName + "_missing/trace.trc";
+  }
 
   // Writes a record of size bytes, 20 of header, then message and data split evenly (data
   // beyond the capacity is clipped); gives its bytes.
@@ -67,15 +101,17 @@ class Ring {
     const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_DATA, "",
                                 message.c_str(), data.data(), data.size());
     manager.write(entry);
-    written += recordBytes(entry);
-    return recordBytes(entry);
+    const std::string bytes = recordBytes(entry);
+    spans.push_back({written.size(), written.size() + bytes.size()});
+    written += bytes;
+    return bytes;
   }
 
   // The lengths of each hand-out's two pieces ("100+0 0+30"); a second piece, where there is
   // one, must come from the start of the ring.
   std::string handOutLengths() const {
     std::string lengths;
-    for (const HandOut& handOut : log.handOuts) {
+    for (const auto& handOut : log.handOuts) {
       lengths += (lengths.empty() ? "" : " ") + std::to_string(handOut.first.size()) + "+" +
                  std::to_string(handOut.second.size());
       EXPECT_TRUE(handOut.second.empty() || handOut.secondAddress == control().first);
@@ -83,29 +119,63 @@ class Ring {
     return lengths;
   }
 
+  // The records that no failed hand-out touched: what the file must hold.
+  std::string kept() const {
+    std::string bytes;
+    for (const Span& record : spans) {
+      bool touched = false;
+      for (const Span& failure : failedHandOuts) {
+        touched = touched || (record.begin < failure.end && failure.begin < record.end);
+      }
+      if (!touched) bytes += written.substr(record.begin, record.end - record.begin);
+    }
+    return bytes;
+  }
+
   const _TavStTraceBufferControl& control() const { return *manager.getControlBlock(); }
   uint64_t writeOffset() const { return control().writePosition - control().first; }
 
+  struct Span {
+    uint64_t begin;
+    uint64_t end;
+  };
   TestTraceEnvironment environment;
   std::vector<uint64_t> memory;  // 8-byte units keep the control block aligned
   TavClTraceBufferManager manager;
   HandOutLog log;
   std::string written;
+  std::vector<Span> spans;
+  FailingFileWriter writer;
+  std::string fileName;
+  std::string missingName;  // in a directory that does not exist
+  std::function<bool()> openFails;
+  std::vector<Span> failedHandOuts;
+
+ private:
+  static void handOut(const _TavStTraceHandOut* handOut) {
+    auto* ring = static_cast<Ring*>(handOut->context);
+    const uint64_t begin = ring->log.all.size();
+    ring->log.add(*handOut);
+    if (ring->fileName.empty()) return;
+    const bool cannotOpen = ring->openFails && ring->openFails();
+    ring->environment.fileName = cannotOpen ? ring->missingName : ring->fileName;
+    ring->writer.failed = false;
+    ring->writer.append(handOut->firstPiece, handOut->firstLength, handOut->secondPiece,
+                        handOut->secondLength);
+    if (cannotOpen || ring->writer.failed)
+      ring->failedHandOuts.push_back({begin, ring->log.all.size()});
+  }
 };
 
 TEST(TraceBuffer, ControlBlockAtTheStartOfTheMemory) {
   Ring ring(100);
-  const auto* bytes = reinterpret_cast<const uint8_t*>(ring.memory.data());
-  EXPECT_EQ(std::memcmp(bytes, "TAVT", 4), 0);
-  uint64_t capacity = 0;
-  const uint8_t* addresses[4] = {};
-  std::memcpy(&capacity, bytes + 8, 8);
-  std::memcpy(addresses, bytes + 16, sizeof(addresses));
-  EXPECT_EQ(capacity, 100u);
-  EXPECT_EQ(addresses[0], bytes + 48);       // first data byte
-  EXPECT_EQ(addresses[1], bytes + 48 + 99);  // last data byte
-  EXPECT_EQ(addresses[2], bytes + 48);       // hand-out mark
-  EXPECT_EQ(addresses[3], bytes + 48);       // write position
+  const auto* bytes = reinterpret_cast<const char*>(ring.memory.data());
+  EXPECT_EQ(std::string(bytes, 4), "TAVT");
+  EXPECT_EQ(ring.memory[1], 100u);  // capacity
+  // First and last data byte, hand-out mark and write position.
+  const auto data = reinterpret_cast<uint64_t>(bytes + 48);
+  EXPECT_EQ(std::vector<uint64_t>(&ring.memory[2], &ring.memory[6]),
+            (std::vector<uint64_t>{data, data + 99, data, data}));
 }
 
 // Scripts run on a ring of 100 bytes: "wN" writes a record of N bytes, "f" flushes and "c"
@@ -138,7 +208,7 @@ TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
       if (step[0] == 'w') ring.write(std::stoul(step.substr(1)));
     }
     EXPECT_EQ(ring.handOutLengths(), c.handOuts);
-    EXPECT_EQ(ring.log.all(), ring.written);
+    EXPECT_EQ(ring.log.all, ring.written);
     EXPECT_EQ(ring.writeOffset(), c.writeOffset);
   }
 }
@@ -159,13 +229,12 @@ TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
   Ring ring(100, false);
   const std::string earlier = ring.write(30);
   TavClTraceBufferManager second(ring.environment, ring.memory.data(), 148);
-  HandOutLog log;
-  second.setOverflowCallback(&HandOutLog::record, &log);
+  second.setOverflowCallback(&HandOutLog::record, &ring.log);
   const TavClTraceEntry entry(ring.environment, TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_NO_DATA, "",
                               "later", "", 0);
   second.write(entry);
   second.flush();
-  EXPECT_EQ(log.all(), earlier + recordBytes(entry));
+  EXPECT_EQ(ring.log.all, earlier + recordBytes(entry));
 
   // A block that does not describe the memory it lies in is not trusted.
   uint64_t wrongCapacity = 1000;
@@ -208,9 +277,89 @@ TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
       if (random() % 5 == 0) ring.manager.flush();
     }
     ring.manager.flush();
-    ASSERT_EQ(ring.log.all(), ring.written);
+    ASSERT_EQ(ring.log.all, ring.written);
     ring.handOutLengths();  // checks where each second piece starts
   }
+}
+
+TEST(TraceFileWriter, AFileThatCannotBeOpenedIsReportedAndTracingGoesOn) {
+  Ring ring(100);
+  ring.toFile();
+  ring.environment.verbose = true;
+  ring.openFails = [] { return true; };
+  ring.write(30);
+  tav::test::ReportCapture reports;
+  ring.manager.flush();
+  EXPECT_EQ(reports.take(), "[TAV: TRACE: could not open: " + ring.missingName +
+                                " (errno: " + std::to_string(ENOENT) + ")]\n");
+  EXPECT_FALSE(std::filesystem::exists(ring.missingName));
+  ring.openFails = nullptr;
+  ring.environment.verbose = false;
+  ring.write(30, 's');
+  ring.manager.flush();
+  EXPECT_EQ(readFileBytes(ring.fileName), ring.kept());
+  EXPECT_EQ(ring.kept(), ring.written.substr(30));
+}
+
+// Hand-outs are appended to what the file held before. A failed write is reported and cut
+// back to the last whole record.
+TEST(TraceFileWriter, AFailedWriteIsReportedAndLeavesOnlyWholeRecords) {
+  Ring ring(100);
+  ring.toFile();
+  ring.environment.verbose = true;
+  std::ofstream(ring.fileName, std::ios::binary) << "earlier";
+  tav::test::ReportCapture reports;
+  for (int record = 0; record < 4; ++record) ring.write(30);
+  // The first hand-out held records 0 to 2 and the first 10 bytes of record 3. The second is
+  // made to fail after 25 bytes: it held the rest of 3, records 4 and 5 and the start of 6.
+  ring.writer.allowance = [](uint64_t) { return 25; };
+  for (int record = 4; record < 7; ++record) ring.write(30);
+  const std::string writing = "[TAV: TRACE: writing file: " + ring.fileName + "]\n";
+  EXPECT_EQ(reports.take(), writing + "[TAV: TRACE: file exists with size: 7]\n" +
+                                "[TAV: TRACE: bytes written: 100 file status: 0]\n" + writing +
+                                "[TAV: TRACE: file exists with size: 107]\n" +
+                                "[TAV: TRACE: could not write: " + ring.fileName +
+                                " (errno: " + std::to_string(ENOSPC) + ")]\n" +
+                                "[TAV: TRACE: file cut back to size: 97]\n" +
+                                "[TAV: TRACE: bytes written: 25 file status: 0]\n");
+  EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.written.substr(0, 90));
+
+  // The rest of record 6 is not written after the cut; record 7 is.
+  ring.writer.allowance = nullptr;
+  ring.environment.verbose = false;
+  ring.write(30);
+  ring.manager.flush();
+  EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.kept());
+  EXPECT_EQ(ring.kept(), ring.written.substr(0, 90) + ring.written.substr(210));
+}
+
+// Without verbose, failures are not reported at all.
+TEST(TraceFileWriter, RandomFailuresNeverLeaveAPartOfARecord) {
+  std::mt19937 random(23);
+  size_t lostBytes = 0;
+  tav::test::ReportCapture reports;
+  for (int round = 0; round < 40; ++round) {
+    const uint64_t capacity = 60 + random() % 400;
+    SCOPED_TRACE(testing::Message() << "round " << round << ", capacity " << capacity);
+    Ring ring(capacity);
+    ring.toFile();
+    ring.writer.allowance = [&random](uint64_t length) {
+      return random() % 6 == 0 ? random() % length : length;
+    };
+    ring.openFails = [&random] { return random() % 8 == 0; };
+    for (int record = 0; record < 200; ++record) {
+      ring.write(20 + (random() % 2 == 0 ? random() % 22 : random() % (capacity + 20)),
+                 static_cast<char>('a' + record % 26));
+      if (random() % 15 == 0) ring.manager.flush();
+    }
+    ring.openFails = nullptr;
+    ring.writer.allowance = nullptr;
+    ring.manager.flush();
+    ASSERT_EQ(readFileBytes(ring.fileName), ring.kept());
+    lostBytes += ring.written.size() - ring.kept().size();
+  }
+  EXPECT_GT(lostBytes, 0u) << "no failure was injected";
+  EXPECT_EQ(reports.take(), "");
 }
 
 }  // namespace

@@ -44,30 +44,24 @@ std::string bytesOf(const Value& value) {
   return std::string(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-TEST_F(TraceInstance, LaterCreationsReturnTheFirstInstance) {
+// Later creations return the first instance, which, inactive, is enabled only after activation.
+TEST_F(TraceInstance, TheFirstInstanceIsEnabledOnlyWhenActive) {
   ScopedTraceVariables variables("TIFIRST");
-  TavClTraceInstance* first = TavClTraceInstance::createInstance("tifirst");
-  EXPECT_EQ(TavClTraceInstance::createInstance("tiother", "other"), first);
-  EXPECT_EQ(TavClTraceInstance::createControllerInstance("tiother"), first);
-  EXPECT_STREQ(first->getEnvironment().getKey(), "SEM32:tifirst:TAVTRACEINSTANCE0");
-  EXPECT_EQ(TavClTraceInstance::getCreatedInstance(), first);
-  TavClTraceInstance::deleteInstance();
-  EXPECT_EQ(TavClTraceInstance::getCreatedInstance(), nullptr);
-  TavClTraceInstance::deleteInstance();  // nothing left to delete
-}
-
-TEST_F(TraceInstance, AnInactiveInstanceIsEnabledOnlyAfterActivation) {
-  ScopedTraceVariables variables("TIINACTIVE");
-  tavTraceCreateInstance("tiinactive", nullptr);
+  tavTraceCreateInstance("tifirst", nullptr);
   TavClTraceInstance* instance = TavClTraceInstance::getCreatedInstance();
   ASSERT_NE(instance, nullptr);
+  EXPECT_EQ(TavClTraceInstance::createInstance("tiother", "other"), instance);
+  EXPECT_EQ(TavClTraceInstance::createControllerInstance("tiother"), instance);
+  EXPECT_STREQ(instance->getEnvironment().getKey(), "SEM32:tifirst:TAVTRACEINSTANCE0");
+  TavClTraceInstance::deleteInstance();  // never active
+  tavTraceCreateInstance("tifirst", nullptr);
+  instance = TavClTraceInstance::getCreatedInstance();
   EXPECT_FALSE(tavTraceIsEnabled());
   EXPECT_FALSE(instance->isActive());
   instance->enable();
   EXPECT_FALSE(TavClTraceInstance::isEnabled());
   instance->activate();
   instance->enable();
-  EXPECT_TRUE(tavTraceIsEnabled());
   EXPECT_TRUE(TAV_TRACE_IS_ENABLED());
   EXPECT_EQ(TavClTraceInstance_getInstance(), instance);
   instance->disable();
@@ -76,6 +70,8 @@ TEST_F(TraceInstance, AnInactiveInstanceIsEnabledOnlyAfterActivation) {
   instance->enable();
   tavTraceDeleteInstance();
   EXPECT_FALSE(tavTraceIsEnabled());
+  EXPECT_EQ(TavClTraceInstance::getCreatedInstance(), nullptr);
+  TavClTraceInstance::deleteInstance();  // nothing left to delete
 }
 
 TEST_F(TraceInstance, RecordsPassTheDetailAndComponentFilters) {
@@ -88,18 +84,22 @@ TEST_F(TraceInstance, RecordsPassTheDetailAndComponentFilters) {
   ASSERT_TRUE(tavTraceIsEnabled());
   const int32_t value = -12;
   // Function entry at LOW always passes, stored as OFF; at MED it does not pass a LOW trace.
-  tavTraceDump(TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_FUNCTION_ENTRY, "outer", "ignored", &value,
-               sizeof value);
-  tavTraceDump(TAV_TRACE_DETAIL_MED, 5, TAV_TRACE_TYPE_FUNCTION_ENTRY, "dropped", nullptr, nullptr,
-               0);
-  tavTraceDump(TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_INT32, "outer", "kept", &value,
-               sizeof value);
-  tavTraceDump(TAV_TRACE_DETAIL_LOW, 6, TAV_TRACE_TYPE_INT32, "outer", "other component", &value,
-               sizeof value);
-  tavTraceDump(TAV_TRACE_DETAIL_MED, 5, TAV_TRACE_TYPE_INT32, "outer", "too detailed", &value,
-               sizeof value);
-  tavTraceDump(TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_CSTRING, "outer", "component 0", "text", 5);
-  tavTraceDump(TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_FUNCTION_EXIT, "outer", nullptr, nullptr, 0);
+  const struct {
+    TavEnTraceDetail detail;
+    uint16_t componentId;
+    TavEnTraceDataType type;
+    const char* message;
+  } calls[] = {{TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_FUNCTION_ENTRY, "ignored"},
+               {TAV_TRACE_DETAIL_MED, 5, TAV_TRACE_TYPE_FUNCTION_ENTRY, nullptr},
+               {TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_INT32, "kept"},
+               {TAV_TRACE_DETAIL_LOW, 6, TAV_TRACE_TYPE_INT32, "other component"},
+               {TAV_TRACE_DETAIL_MED, 5, TAV_TRACE_TYPE_INT32, "too detailed"},
+               {TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_INT32, "component 0"},
+               {TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_FUNCTION_EXIT, nullptr}};
+  for (const auto& call : calls) {
+    tavTraceDump(call.detail, call.componentId, call.type, "outer", call.message, &value,
+                 sizeof value);
+  }
   tavTraceFlush();
   tavTraceDeleteInstance();
 
@@ -109,8 +109,8 @@ TEST_F(TraceInstance, RecordsPassTheDetailAndComponentFilters) {
                                       0, "", "outer", littleEndian(1, 4)},
                                      {TAV_TRACE_TYPE_INT32, TAV_TRACE_DETAIL_LOW, 5, 0, 0, 0,
                                       "kept", "outer", bytesOf(value)},
-                                     {TAV_TRACE_TYPE_CSTRING, TAV_TRACE_DETAIL_LOW, 0, 0, 0, 0,
-                                      "component 0", "outer", std::string("text", 5)},
+                                     {TAV_TRACE_TYPE_INT32, TAV_TRACE_DETAIL_LOW, 0, 0, 0, 0,
+                                      "component 0", "outer", bytesOf(value)},
                                      {TAV_TRACE_TYPE_FUNCTION_EXIT, TAV_TRACE_DETAIL_OFF, 5, 0, 0,
                                       0, "", "outer", littleEndian(1, 4)}}));
 }

@@ -13,6 +13,7 @@
 #include "tav_report_capture.h"
 #include "tav_test_allocator.h"
 #include "tav_trace_environment.h"
+#include "tav_trace_formatter.h"
 #include "tav_trace_test_support.h"
 
 namespace {
@@ -42,7 +43,7 @@ std::vector<uint32_t> idsOf(const std::string& text) {
 
 TEST(TraceFilter, TextsOfTheVariables) {
   const char* const details[] = {"OFF", "LOW", "MED", "HIGH"};
-  for (const auto& row : tav::test::readTable("settings_texts.txt")) {
+  for (const auto& row : tav::test::readTable("settings_texts.txt", 3)) {
     SCOPED_TRACE(row.where);
     const std::string& kind = row.fields.at(0);
     const char* text = row.fields.at(1).c_str();
@@ -66,26 +67,17 @@ TEST(TraceFilter, TextsOfTheVariables) {
       EXPECT_EQ(TavClTraceEnvironment::bufferSizeFromText(text), std::stoul(expected));
     }
   }
-  TavClTraceFilter none;
+  TavClTraceFilter none;  // no texts at all
   none.setDetail(nullptr);
   none.setProcessId(nullptr);
   none.setThreadId(nullptr);
-  EXPECT_EQ(none.getDetail(), TAV_TRACE_DETAIL_OFF);
-  EXPECT_EQ(none.getProcessId() + none.getThreadId(), 0u);
+  EXPECT_EQ(none.getDetail() + none.getProcessId() + none.getThreadId(), 0u);
   EXPECT_STREQ(TavClTraceFilter::getDetailAsCString(2), "MED");
   EXPECT_EQ(TavClTraceFilter::getDetailAsCString(4), nullptr);
 }
 
-TEST(TraceFilter, MatchingDetailsIdsAndTheFilterFlag) {
-  TavClTraceFilter filter;
-  EXPECT_TRUE(filter.matchesProcessId(77));
-  filter.setProcessId("77");
-  EXPECT_TRUE(filter.matchesProcessId(77));
-  EXPECT_FALSE(filter.matchesProcessId(78));
-  filter.setDetail("MED");
-  EXPECT_TRUE(filter.matchesDetail(TAV_TRACE_DETAIL_OFF));
-  EXPECT_TRUE(filter.matchesDetail(TAV_TRACE_DETAIL_MED));
-  EXPECT_FALSE(filter.matchesDetail(TAV_TRACE_DETAIL_HIGH));
+TEST(TraceFilter, MatchingComponentsAndTheFilterFlag) {
+  TavClTraceFilter filter;  // details and ids are left to the formatter's display table
   EXPECT_FALSE(filter.usesCompIdFilter());
   filter.disableComponentId(255);
   EXPECT_TRUE(filter.usesCompIdFilter());
@@ -105,8 +97,6 @@ TEST(TraceSettings, SettingsInForeignMemoryStartLikeOwnOnes) {
   TavClTraceSettings settings(memory);
   const auto* block = reinterpret_cast<const _TavStTraceSettingsBlock*>(memory);
   EXPECT_EQ(&settings.getBlock(), block);
-  EXPECT_EQ(block->flags, uint32_t{TavClTraceSettings::kInitialFlags});
-  EXPECT_EQ(block->signature, uint32_t{TavClTraceSettings::kSignature});
   EXPECT_EQ(block->filter.getDetail(), TAV_TRACE_DETAIL_LOW);
   settings.enableCompression(false);
   settings.enableAutoflush(true);
@@ -115,74 +105,86 @@ TEST(TraceSettings, SettingsInForeignMemoryStartLikeOwnOnes) {
   EXPECT_EQ(matchingIds(settings.getFilter()), (std::vector<uint32_t>{0, 4}));
 }
 
+// Without variables; a key of more than 24 characters names the default trace file in full, as
+// given, in the temporary directory.
 TEST(TraceEnvironment, DefaultsWithoutVariables) {
-  ScopedTraceVariables variables("TSDEFAULT");
-  TavClTraceEnvironment environment("tsDefault", nullptr, false);
+  const std::string key = "abcdefghijklmnopqrstuvwxyz_TSDEFAULT";
+  ScopedTraceVariables variables("ABCDEFGHIJKLMNOPQRSTUVWXYZ_TSDEFAULT");
+  TavClTraceEnvironment environment(key.c_str(), nullptr, false);
   const TavClTraceSettings& settings = environment.getSettings();
   EXPECT_EQ(settings.getFilter().getDetail(), TAV_TRACE_DETAIL_LOW);
   EXPECT_FALSE(settings.isVerboseEnabled());
   EXPECT_FALSE(settings.getFilter().usesCompIdFilter());
   EXPECT_EQ(environment.getTotalBufferSize(), 65535u);
   EXPECT_EQ(environment.getBufferSize(), 65535u - 48);
-  // The key as given, not upper-cased, in the temporary directory.
-  EXPECT_STREQ(environment.getTraceFileName(),
-               TavClFilename(tavGetTmpDirectory(), "tsDefaulttrace.trc", nullptr).getAsCString());
+  EXPECT_STREQ(
+      environment.getTraceFileName(),
+      TavClFilename(tavGetTmpDirectory(), (key + "trace.trc").c_str(), nullptr).getAsCString());
   EXPECT_STREQ(environment.getFormatString(), TavClTraceEnvironment::kDefaultFormat);
   EXPECT_FALSE(environment.usesSharedMemory());
   EXPECT_FALSE(environment.isController());
 }
 
 // Each flag variable: switched on by an enabled value, left as it was by any other value or
-// when it is not set.
+// when it is not set. Autoclear deletes the old trace file.
 TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
-  using Getter = bool (*)(const TavClTraceEnvironment&);
-  const struct {
-    const char* suffix;
-    Getter get;
-    bool initial;
-  } flags[] = {
-      {"_TRACE_ACTIVE", [](const TavClTraceEnvironment& e) { return e.isActive(); }, false},
-      {"_TRACE_AUTOSAVE",
-       [](const TavClTraceEnvironment& e) { return e.getSettings().isAutosaveEnabled(); }, true},
-      {"_TRACE_AUTOFLUSH",
-       [](const TavClTraceEnvironment& e) { return e.getSettings().isAutoflushEnabled(); }, false},
-      {"_TRACE_AUTOCLEAR",
-       [](const TavClTraceEnvironment& e) { return e.getSettings().isAutoclearEnabled(); }, false},
-      {"_TRACE_COMPRESS",
-       [](const TavClTraceEnvironment& e) { return e.getSettings().isCompressionEnabled(); }, true},
-  };
-  for (const auto& flag : flags) {
+  const char* const suffixes[] = {"_TRACE_ACTIVE", "_TRACE_AUTOSAVE", "_TRACE_AUTOFLUSH",
+                                  "_TRACE_AUTOCLEAR", "_TRACE_COMPRESS"};
+  const std::vector<bool> initial{false, true, false, false, true};
+  for (size_t flag = 0; flag < initial.size(); ++flag) {
     for (const char* value :
          {"on", "Yes", "1", "off", "no", "", "0", static_cast<const char*>(nullptr)}) {
-      SCOPED_TRACE(std::string(flag.suffix) + "=" + (value ? value : "(not set)"));
+      SCOPED_TRACE(std::string(suffixes[flag]) + "=" + (value ? value : "(not set)"));
       ScopedTraceVariables variables("TSFLAGS");
-      variables.set(flag.suffix, value);
+      variables.set(suffixes[flag], value);
       const std::string file = tav::test::scratchFileName("flags");
       variables.set("_TRACE_FILE", file.c_str());
-      TavClTraceEnvironment environment("tsflags", nullptr, false);
-      const bool enabled =
-          value && *value && std::string("on Yes 1").find(value) != std::string::npos;
-      EXPECT_EQ(flag.get(environment), enabled || flag.initial);
+      std::ofstream(file) << "old records";
+      const TavClTraceEnvironment environment("tsflags", nullptr, false);
+      const TavClTraceSettings& settings = environment.getSettings();
+      std::vector<bool> expected = initial;
+      expected[flag] = initial[flag] || (value && *value &&
+                                         std::string("on Yes 1").find(value) != std::string::npos);
+      EXPECT_EQ((std::vector<bool>{environment.isActive(), settings.isAutosaveEnabled(),
+                                   settings.isAutoflushEnabled(), settings.isAutoclearEnabled(),
+                                   settings.isCompressionEnabled()}),
+                expected);
+      EXPECT_EQ(std::ifstream(file).good(), !expected[3]);  // autoclear deletes the file
+      std::remove(file.c_str());
     }
   }
+  // ... unless the environment is the controller.
+  ScopedTraceVariables variables("TSFLAGS");
+  const std::string file = tav::test::scratchFileName("flags");
+  variables.set("_TRACE_FILE", file.c_str());
+  variables.set("_TRACE_AUTOCLEAR", "on");
+  std::ofstream(file) << "old records";
+  const TavClTraceEnvironment controller("tsflags", nullptr, true);
+  EXPECT_TRUE(std::ifstream(file).good());
+  std::remove(file.c_str());
 }
 
+// With a key of more than 24 characters: names cut short would run the suffixes together into
+// one variable.
 TEST(TraceEnvironment, DetailSetFileAndFormatVariables) {
-  ScopedTraceVariables variables("TSVALUES");
+  ScopedTraceVariables variables("TSVALUES_ABCDEFGHIJKLMNOPQRSTUVWXYZ");
+  variables.set("_TRACE_ACTIVE", "on");
   variables.set("_TRACE_DETAIL", "high");
   variables.set("_TRACE_BUFSIZE", "5");
   variables.set("_TRACE_COMPSET", "*,-7");
   variables.set("_TRACE_FILE", "some/where.trc");
   const std::string longFormat(600, 'f');
   variables.set("_TRACE_FORMAT", longFormat.c_str());
-  TavClTraceEnvironment environment("tsvalues", "second", false);
+  TavClTraceEnvironment environment("tsvalues_abcdefghijklmnopqrstuvwxyz", "second", false);
+  EXPECT_TRUE(environment.isActive());
   EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
   EXPECT_EQ(matchingIds(environment.getSettings().getFilter()), idsOf("0-6 8-255"));
   EXPECT_EQ(environment.getTotalBufferSize(), 5120u);
   EXPECT_EQ(environment.getBufferSize(), 5120u - 48);
   EXPECT_STREQ(environment.getTraceFileName(), "some/where.trc");
   EXPECT_EQ(std::string(environment.getFormatString()), longFormat.substr(0, 512));
-  EXPECT_STREQ(environment.getKey(), "SEM32:tsvalues:second");
+  EXPECT_STREQ(TavClTraceFormatter(environment).getFormatString(), environment.getFormatString());
+  EXPECT_STREQ(environment.getKey(), "SEM32:tsvalues_abcdefghijklmnopqrstuvwxyz:second");
 
   // A set component set without a single id leaves only id 0. (An empty value would do the
   // same, but on Windows setting a variable empty removes it.)
@@ -192,56 +194,7 @@ TEST(TraceEnvironment, DetailSetFileAndFormatVariables) {
   EXPECT_EQ(matchingIds(emptySet.getSettings().getFilter()), (std::vector<uint32_t>{0}));
 }
 
-TEST(TraceEnvironment, VerboseReportsEverySettingInOrder) {
-  ScopedTraceVariables variables("TSVERBOSE");
-  variables.set("_TRACE_VERBOSE", "on");
-  variables.set("_TRACE_FILE", "report.trc");
-  variables.set("_TRACE_AUTOSAVE", "off");
-  tav::test::ReportCapture reports;
-  {
-    TavClTraceEnvironment environment("tsverbose", nullptr, false);
-    EXPECT_TRUE(environment.isVerbose());
-  }
-  const std::string output = reports.take();
-  const char* labels[] = {
-      "key:",       "active:",    "resource key:", "compression:", "autosave:",
-      "autoflush:", "autoclear:", "detail:",       "buffersize:",  "process id:",
-      "format:",    "file:",      "sharedMemory:"};
-  size_t position = 0;
-  for (const char* label : labels) {
-    SCOPED_TRACE(label);
-    const size_t found = output.find(std::string("[TAV: TRACE: ") + label + " ", position);
-    ASSERT_NE(found, std::string::npos) << output;
-    position = found + 1;
-  }
-  EXPECT_NE(output.find("[TAV: TRACE: key: tsverbose]\n"), std::string::npos);
-  EXPECT_NE(output.find("[TAV: TRACE: buffersize: 65535]\n"), std::string::npos);
-  EXPECT_NE(output.find("[TAV: TRACE: file: report.trc]\n"), std::string::npos);
-}
-
-TEST(TraceEnvironment, AutoclearDeletesTheFileUnlessController) {
-  const struct {
-    const char* autoclear;
-    bool controller;
-    bool deleted;
-  } cases[] = {{"on", false, true}, {"on", true, false}, {nullptr, false, false}};
-  for (const auto& test : cases) {
-    SCOPED_TRACE(testing::Message() << (test.autoclear ? "autoclear" : "no autoclear")
-                                    << (test.controller ? ", controller" : ""));
-    const std::string file = tav::test::scratchFileName("autoclear");
-    std::ofstream(file) << "old records";
-    ScopedTraceVariables variables("TSCLEAR");
-    variables.set("_TRACE_AUTOCLEAR", test.autoclear);
-    variables.set("_TRACE_FILE", file.c_str());
-    {
-      TavClTraceEnvironment environment("tsclear", nullptr, test.controller);
-      EXPECT_EQ(!std::ifstream(file).good(), test.deleted);
-    }
-    std::remove(file.c_str());
-  }
-}
-
-TEST(TraceEnvironment, AFileThatCannotBeWrittenIsReportedAndTracingGoesOn) {
+TEST(TraceEnvironment, VerboseReportsSettingsAndAFileThatCannotBeWritten) {
   ScopedTraceVariables variables("TSBADFILE");
   const std::string file = tav::test::scratchFileName("missing") + "/no/such/dir/x.trc";
   variables.set("_TRACE_FILE", file.c_str());
@@ -256,31 +209,23 @@ TEST(TraceEnvironment, AFileThatCannotBeWrittenIsReportedAndTracingGoesOn) {
                                       "origin", message.c_str(), nullptr, 0));
     }
   }
+  // Verbose: every setting first, in order, then the failure.
   const std::string output = reports.take();
-  EXPECT_NE(output.find("[TAV: TRACE: could not open: " + file), std::string::npos) << output;
+  size_t position = 0;
+  for (const std::string& label : std::vector<std::string>{
+           "key: tsbadfile]", "active: ", "resource key: ", "compression: ", "autosave: ",
+           "autoflush: ", "autoclear: ", "detail: ", "buffersize: 4096]", "process id: ",
+           "format: ", "file: " + file + "]", "sharedMemory: ", "could not open: " + file}) {
+    SCOPED_TRACE(label);
+    position = output.find("[TAV: TRACE: " + label, position);
+    ASSERT_NE(position, std::string::npos) << output;
+  }
 }
 
 TEST(TraceEnvironment, OutOfMemoryWhileBuildingLeaksNothing) {
   ScopedTraceVariables variables("TSMEMORY");
   tav::test::forEachAllocationFailure(
       [] { TavClTraceEnvironment environment("tsmemory", nullptr, false); });
-}
-
-// A key of more than 24 characters names its variables and the default trace file in full:
-// with names cut short, the suffixes would run together into one variable.
-TEST(TraceEnvironment, LongKeysKeepEveryVariableApart) {
-  const std::string key = "ABCDEFGHIJKLMNOPQRSTUVWXYZ_LONGKEY";
-  ScopedTraceVariables variables(key);
-  variables.set("_TRACE_ACTIVE", "on");
-  variables.set("_TRACE_DETAIL", "HIGH");
-  variables.set("_TRACE_FORMAT", "%m");
-  TavClTraceEnvironment environment(key.c_str(), nullptr, false);
-  EXPECT_TRUE(environment.isActive());
-  EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
-  EXPECT_STREQ(environment.getFormatString(), "%m");
-  EXPECT_STREQ(
-      environment.getTraceFileName(),
-      TavClFilename(tavGetTmpDirectory(), (key + "trace.trc").c_str(), nullptr).getAsCString());
 }
 
 }  // namespace

@@ -6,13 +6,10 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <ostream>
 #include <sstream>
 #include <stdexcept>
 #include <tuple>
 #include <utility>
-
-#include <gtest/gtest.h>
 
 #include "tav_environment.h"
 #include "tav_process.h"
@@ -37,54 +34,30 @@ std::string readFileBytes(const std::string& fileName) {
 
 std::string readTestData(const char* name) {
   const std::string path = std::string(TAV_TRACE_TEST_DATA) + "/" + name;
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw std::runtime_error("missing test data: " + path);
-  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+  if (!std::ifstream(path)) throw std::runtime_error("missing test data: " + path);
+  return readFileBytes(path);
 }
 
-namespace {
-
-// One field at text[position]: a word up to the next blank, or a quoted string whose escapes
-// are \n, \t, \xHH and a backslash before any other character standing for that character.
-std::string readField(const std::string& text, size_t& position) {
-  if (text[position] != '"') {
-    const size_t end = text.find_first_of(" \t", position);
-    std::string word = text.substr(position, end - position);
-    position = end;
-    return word;
-  }
-  std::string field;
-  for (++position; position < text.size() && text[position] != '"'; ++position) {
-    char character = text[position];
-    if (character == '\\' && ++position < text.size()) {
-      character = text[position];
-      if (character == 'n') character = '\n';
-      if (character == 't') character = '\t';
-      if (character == 'x') {
-        character = static_cast<char>(std::stoi(text.substr(position + 1, 2), nullptr, 16));
-        position += 2;
+std::vector<DataRow> readTable(const char* name, size_t fieldCount) {
+  std::vector<DataRow> rows = readDataTable(std::string("trace/") + name, fieldCount);
+  for (DataRow& row : rows) {
+    for (std::string& field : row.fields) {
+      std::string text;
+      for (size_t position = 0; position < field.size(); ++position) {
+        char character = field[position];
+        if (character == '\\' && ++position < field.size()) {
+          character = field[position];
+          if (character == 'n') character = '\n';
+          if (character == 't') character = '\t';
+          if (character == 'x') {
+            character = static_cast<char>(std::stoi(field.substr(position + 1, 2), nullptr, 16));
+            position += 2;
+          }
+        }
+        text += character;
       }
+      field = text;
     }
-    field += character;
-  }
-  if (position++ >= text.size()) throw std::runtime_error("unterminated string: " + text);
-  return field;
-}
-
-}  // namespace
-
-std::vector<TableRow> readTable(const char* name) {
-  std::istringstream text(readTestData(name));
-  std::vector<TableRow> rows;
-  std::string line;
-  for (int number = 1; std::getline(text, line); ++number) {
-    TableRow row{std::string(name) + ":" + std::to_string(number), {}};
-    for (size_t position = line.find_first_not_of(" \t"); position < line.size();
-         position = line.find_first_not_of(" \t", position)) {
-      if (row.fields.empty() && line[position] == '#') break;
-      row.fields.push_back(readField(line, position));
-    }
-    if (!row.fields.empty()) rows.push_back(row);
   }
   return rows;
 }
@@ -109,14 +82,6 @@ bool operator==(const RecordRead& left, const RecordRead& right) {
                     r.message, r.origin, r.data);
   };
   return fields(left) == fields(right);
-}
-
-void PrintTo(const RecordRead& record, std::ostream* out) {
-  *out << "{type " << record.type << ", detail " << record.detail << ", component "
-       << record.componentId << ", time " << record.timeStamp << ", process " << record.processId
-       << ", thread " << record.threadId << ", message " << testing::PrintToString(record.message)
-       << ", origin " << testing::PrintToString(record.origin) << ", data "
-       << testing::PrintToString(record.data) << "}";
 }
 
 std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,

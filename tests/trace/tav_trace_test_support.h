@@ -5,10 +5,10 @@
 #define TAV_TRACE_TEST_SUPPORT_H
 
 #include <cstdint>
-#include <iosfwd>
 #include <string>
 #include <vector>
 
+#include "tav_test_data.h"
 #include "tav_trace_entry.h"
 #include "tav_trace_environment_base.h"
 
@@ -38,16 +38,10 @@ std::string readFileBytes(const std::string& fileName);
 // The bytes of a file under tests/data/trace.
 std::string readTestData(const char* name);
 
-// A row of a table under tests/data/trace, and where it stands there (for SCOPED_TRACE).
-struct TableRow {
-  std::string where;
-  std::vector<std::string> fields;
-};
-
-// The rows of a table under tests/data/trace: one row a line, fields separated by blanks, each
-// a word or a quoted string with C escapes ("a\tb\x00"). Blank lines and lines starting with #
-// are left out.
-std::vector<TableRow> readTable(const char* name);
+// The rows of a table under tests/data/trace, read as tav_test_data.h says, each field's C
+// escapes replaced: \n, \t, \xHH ("|" is \x7C) and a backslash before any other character for
+// that character.
+std::vector<DataRow> readTable(const char* name, size_t fieldCount);
 
 // value as width bytes, least significant first, as trace records store numbers.
 std::string littleEndian(uint64_t value, unsigned width);
@@ -67,9 +61,8 @@ struct RecordRead {
   std::string data;
 };
 
-// Records compare field by field and print on one line, so that a test can expect whole records.
+// Records compare field by field, so that a test can expect whole records.
 bool operator==(const RecordRead& left, const RecordRead& right);
-void PrintTo(const RecordRead& record, std::ostream* out);
 
 // Reads every record of a trace file's bytes. *endsOnRecord tells whether the bytes end exactly
 // behind the last record's data (rather than inside a record).
