@@ -15,11 +15,14 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <system_error>
 
 #include "tav_error.h"
 #include "tav_filename.h"
 #include "tav_process.h"
+
+#if defined(_WIN32)
+#include <windows.h>  // only to set the hidden attribute
+#endif
 
 namespace tav::test {
 
@@ -38,28 +41,27 @@ class ScratchDirectory {
  public:
   ScratchDirectory() {
     static std::atomic<unsigned> counter{0};
-    const std::string name = "tav-fs-" + std::to_string(TavClProcessProperty().getId()) + "-" +
-                             std::to_string(counter++);
-    root = std::filesystem::temp_directory_path() / name;
+    root = std::filesystem::temp_directory_path() /
+           ("tav-fs-" + std::to_string(TavClProcessProperty().getId()) + "-" +
+            std::to_string(counter++));
     std::filesystem::remove_all(root);
     std::filesystem::create_directories(root);
     // The working directory the library reads is the resolved one.
     root = std::filesystem::canonical(root);
   }
   ~ScratchDirectory() {
-    makeWritable();
+    // Read-only files cannot be removed on Windows.
     std::error_code ignored;
+    for (auto it = std::filesystem::recursive_directory_iterator(root, ignored);
+         it != std::filesystem::recursive_directory_iterator(); it.increment(ignored)) {
+      std::filesystem::permissions(it->path(), std::filesystem::perms::owner_write,
+                                   std::filesystem::perm_options::add, ignored);
+    }
     std::filesystem::remove_all(root, ignored);
   }
-  ScratchDirectory(const ScratchDirectory&) = delete;
-  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
 
   // The directory text with its final separator.
-  std::string text() const {
-    std::string result = root.string();
-    result += static_cast<char>(std::filesystem::path::preferred_separator);
-    return result;
-  }
+  std::string text() const { return root.string() + kNativeSeparator; }
   // A name inside, given with '/' separators, in the native style.
   std::string path(const std::string& relative) const {
     return (root / std::filesystem::path(relative).make_preferred()).string();
@@ -84,18 +86,14 @@ class ScratchDirectory {
     const std::filesystem::directory_iterator entries(path(relative));
     return static_cast<size_t>(std::distance(begin(entries), end(entries)));
   }
-
- private:
-  // Read-only files cannot be removed on Windows.
-  void makeWritable() const {
-    std::error_code ignored;
-    for (auto it = std::filesystem::recursive_directory_iterator(root, ignored);
-         it != std::filesystem::recursive_directory_iterator(); it.increment(ignored)) {
-      std::filesystem::permissions(it->path(), std::filesystem::perms::owner_write,
-                                   std::filesystem::perm_options::add, ignored);
-    }
+  // Gives a file the hidden attribute on Windows; POSIX has no such attribute.
+  void makeHidden([[maybe_unused]] const std::string& relative) const {
+#if defined(_WIN32)
+    SetFileAttributesA(path(relative).c_str(), FILE_ATTRIBUTE_HIDDEN);
+#endif
   }
 
+ private:
   std::filesystem::path root;
 };
 
@@ -107,8 +105,6 @@ class CurrentDirectoryChange {
     std::filesystem::current_path(directory);
   }
   ~CurrentDirectoryChange() { std::filesystem::current_path(previous); }
-  CurrentDirectoryChange(const CurrentDirectoryChange&) = delete;
-  CurrentDirectoryChange& operator=(const CurrentDirectoryChange&) = delete;
 
  private:
   std::filesystem::path previous;
