@@ -19,39 +19,46 @@ const char kSep = tav::test::kNativeSeparator;
 
 // The root of the scratch directory's file system: "/" or "C:\\".
 std::string rootOf(const ScratchDirectory& scratch) {
-  const std::string text = scratch.text();
-  return text.substr(0, text[0] == '/' ? 1 : 3);
+  return scratch.text().substr(0, scratch.text()[0] == '/' ? 1 : 3);
 }
 
-TEST(Directory, ConstructionNormalisesAndExpands) {
+TEST(Directory, ConstructionNormalisesAndExpandsAndSetAsCurrentChangesTheWorkingDirectory) {
   const ScratchDirectory scratch;
+  scratch.makeDirectory("here");
   const tav::test::CurrentDirectoryChange change(scratch.text());
   EXPECT_STREQ(TavClDirectory().getName(), scratch.text().c_str());
   // Both separators are accepted and the result uses the native one.
-  EXPECT_EQ(std::string(TavClDirectory("sub/../x\\y").getName()),
-            scratch.text() + "x" + kSep + "y" + kSep);
-  EXPECT_EQ(std::string(TavClDirectory(TavClLocation("a/./b")).getName()),
+  EXPECT_EQ(TavClDirectory("sub/../x\\y").getName(), scratch.text() + "x" + kSep + "y" + kSep);
+  EXPECT_EQ(TavClDirectory(TavClLocation("a/./b")).getName(),
             scratch.text() + "a" + kSep + "b" + kSep);
-  const TavClFile file(scratch.path("f").c_str());
-  EXPECT_EQ(std::string(TavClDirectory(file).getName()), scratch.path("f") + kSep);
-  // An absolute directory without dot components stays as given.
-  EXPECT_EQ(std::string(TavClDirectory(scratch.text().c_str()).getName()), scratch.text());
-
+  EXPECT_EQ(TavClDirectory(TavClFile(scratch.path("f").c_str())).getName(),
+            scratch.path("f") + kSep);
   const TavClDirectory aboveRoot((rootOf(scratch) + ".." + kSep).c_str());
   expectError(aboveRoot.getLastError(), DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
   EXPECT_STREQ(aboveRoot.getName(), "");
   EXPECT_FALSE(aboveRoot.isExistent());
+
+  TavClDirectory missing(scratch.path("missing").c_str());
+  EXPECT_FALSE(missing.setAsCurrent());
+  expectError(missing.getLastError(), DIRECTORY_COULD_NOT_CHANGE, TAV_CLASS_IO_NOT_EXISTENT);
+  EXPECT_EQ(missing.getDateTimeOfLastModification(), 0);
+  // A success clears the record.
+  TavClDirectory here(scratch.path("here").c_str());
+  ASSERT_TRUE(here.setAsCurrent());
+  expectNoError(here.getLastError());
+  EXPECT_EQ(std::filesystem::current_path().string(), scratch.path("here"));
+  EXPECT_NE(here.getDateTimeOfLastModification(), 0);
+  EXPECT_NE(here.getDateTimeOfCreation(), 0);
+  EXPECT_NE(here.getDateTimeOfLastAccess(), 0);
 }
 
 TEST(Directory, CreateMakesEveryMissingParentAndRemoveOnlyAnEmptyDirectory) {
   const ScratchDirectory scratch;
-  scratch.makeDirectory("a");
   TavClDirectory nested(scratch.path("a/b/c").c_str());
   EXPECT_FALSE(nested.isExistent());
   ASSERT_TRUE(nested.create());
   expectNoError(nested.getLastError());
   EXPECT_TRUE(std::filesystem::is_directory(scratch.path("a/b/c")));
-  EXPECT_TRUE(nested.isExistent());
   EXPECT_TRUE(nested.create());  // nothing left to make
 
   scratch.writeFile("file", "");
@@ -60,44 +67,35 @@ TEST(Directory, CreateMakesEveryMissingParentAndRemoveOnlyAnEmptyDirectory) {
   expectError(underFile.getLastError(), DIRECTORY_COULD_NOT_CREATE, TAV_CLASS_IO_NOT_EXISTENT);
   EXPECT_FALSE(TavClDirectory(scratch.path("file").c_str()).create());
 
-  scratch.writeFile("full/f", "");
-  scratch.makeDirectory("empty");
-  TavClDirectory full(scratch.path("full").c_str());
+  TavClDirectory full(scratch.path("a/b").c_str());
   EXPECT_FALSE(full.remove());
   expectError(full.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
   EXPECT_FALSE(full.removeAll(false));
-  EXPECT_TRUE(scratch.exists("full/f"));
-
-  TavClDirectory empty(scratch.path("empty").c_str());
-  ASSERT_TRUE(empty.remove());
-  expectNoError(empty.getLastError());
-  EXPECT_FALSE(scratch.exists("empty"));
-  EXPECT_FALSE(empty.remove());
-  expectError(empty.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
+  ASSERT_TRUE(nested.remove());
+  expectNoError(nested.getLastError());
+  EXPECT_FALSE(scratch.exists("a/b/c"));
+  EXPECT_FALSE(nested.remove());
+  expectError(nested.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
 }
 
 TEST(Directory, RemoveATreeWithFilesAndSubDirectoriesButNoneNamedWithADot) {
   const ScratchDirectory scratch;
-  scratch.writeFile("tree/a.txt", "a");
-  scratch.writeFile("tree/sub/b.txt", "b");
-  scratch.writeFile("tree/sub/deeper/c", "c");
-  scratch.writeFile("tree/sub/read-only", "r");
+  for (const char* file : {"tree/a.txt", "tree/sub/deeper/c", "tree/sub/read-only", "out/k"}) {
+    scratch.writeFile(file, "k");
+  }
   scratch.makeDirectory("tree/empty");
   TavClFile(scratch.path("tree/sub/read-only").c_str()).setReadOnly(true);
-  scratch.writeFile("outside/kept", "k");
   // A link to a directory is removed, and what it points to is kept.
   std::error_code noLinks;
-  std::filesystem::create_directory_symlink(scratch.path("outside"), scratch.path("tree/link"),
+  std::filesystem::create_directory_symlink(scratch.path("out"), scratch.path("tree/link"),
                                             noLinks);
-
   TavClDirectory tree(scratch.path("tree").c_str());
   ASSERT_TRUE(tree.removeAll(true));
   EXPECT_FALSE(scratch.exists("tree"));
-  EXPECT_EQ(scratch.readFile("outside/kept"), "k");
+  EXPECT_EQ(scratch.readFile("out/k"), "k");
 
   // Directories whose names hold a dot are kept, and so is everything on the way to them.
   const char* const kept[] = {"tree/x.y/d", "tree/..z/e", "tree/.git/f", "tree/sub/.cache/g"};
-  scratch.writeFile("tree/a.txt", "a");
   scratch.writeFile("tree/sub/b.txt", "b");
   for (const char* file : kept) scratch.writeFile(file, "k");
   EXPECT_FALSE(tree.removeAll(true));
@@ -106,61 +104,36 @@ TEST(Directory, RemoveATreeWithFilesAndSubDirectoriesButNoneNamedWithADot) {
   for (const char* file : kept) EXPECT_TRUE(scratch.exists(file)) << file;
 }
 
-TEST(Directory, SetAsCurrentAndDates) {
-  const ScratchDirectory scratch;
-  scratch.makeDirectory("here");
-  const tav::test::CurrentDirectoryChange restore(scratch.text());
-  TavClDirectory here(scratch.path("here").c_str());
-  ASSERT_TRUE(here.setAsCurrent());
-  EXPECT_EQ(std::filesystem::current_path().string(), scratch.path("here"));
-  TavClDirectory missing(scratch.path("missing").c_str());
-  EXPECT_FALSE(missing.setAsCurrent());
-  expectError(missing.getLastError(), DIRECTORY_COULD_NOT_CHANGE, TAV_CLASS_IO_NOT_EXISTENT);
-  // A success clears the record.
-  EXPECT_TRUE(here.setAsCurrent());
-  expectNoError(here.getLastError());
-
-  const TavClDirectory directory(scratch.text().c_str());
-  EXPECT_NE(directory.getDateTimeOfLastModification(), 0);
-  EXPECT_NE(directory.getDateTimeOfCreation(), 0);
-  EXPECT_NE(directory.getDateTimeOfLastAccess(), 0);
-  EXPECT_EQ(missing.getDateTimeOfLastModification(), 0);
-}
-
 TEST(Directory, AttachAndDetachSubDirectories) {
   const ScratchDirectory scratch;
   TavClDirectory directory(scratch.text().c_str());
   const unsigned int depth = directory.getNumOfSubDirs();
   EXPECT_GT(depth, 0u);
-
   directory.attachSubDir(TavClLocation("a/b"));
-  EXPECT_EQ(std::string(directory.getName()), scratch.path("a/b") + kSep);
   EXPECT_EQ(directory.getNumOfSubDirs(), depth + 2);
   directory.attachSubDir(TavClLocation("../c/./d"));
-  EXPECT_EQ(std::string(directory.getName()), scratch.path("a/c/d") + kSep);
+  EXPECT_EQ(directory.getName(), scratch.path("a/c/d") + kSep);
 
   // Climbing above the root changes nothing.
   std::string up;
   for (unsigned int i = 0; i <= depth + 3; ++i) up += "../";
   directory.attachSubDir(TavClLocation(up.c_str()));
   expectError(directory.getLastError(), DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
-  EXPECT_EQ(std::string(directory.getName()), scratch.path("a/c/d") + kSep);
+  EXPECT_EQ(directory.getName(), scratch.path("a/c/d") + kSep);
 
   ASSERT_TRUE(directory.detachLastSubDir());
   expectNoError(directory.getLastError());
-  EXPECT_EQ(std::string(directory.getName()), scratch.path("a/c") + kSep);
+  EXPECT_EQ(directory.getName(), scratch.path("a/c") + kSep);
   ASSERT_TRUE(directory.detachSubDirs(2));
-  EXPECT_EQ(std::string(directory.getName()), scratch.text());
-
+  EXPECT_EQ(directory.getName(), scratch.text());
   ASSERT_TRUE(directory.detachSubDirs(depth));
-  EXPECT_EQ(std::string(directory.getName()), rootOf(scratch));
-  EXPECT_EQ(directory.getNumOfSubDirs(), 0u);
+  EXPECT_EQ(directory.getName(), rootOf(scratch));
   EXPECT_FALSE(directory.detachLastSubDir());
   expectError(directory.getLastError(), DIRECTORY_COULD_NOT_DETACH, TAV_CLASS_LOGIC);
 
   TavClDirectory again(scratch.text().c_str());
   EXPECT_FALSE(again.detachSubDirs(depth + 1));
-  EXPECT_EQ(std::string(again.getName()), rootOf(scratch));
+  EXPECT_EQ(again.getName(), rootOf(scratch));
 }
 
 }  // namespace
