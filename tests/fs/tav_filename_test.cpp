@@ -1,8 +1,10 @@
-// Splitting file names into server, path, base name and extension, comparing those parts,
-// wildcard matching and the FAT 8.3 test, in both path styles.
+// File names and locations: splitting a name into server, path, base name and extension,
+// comparing and matching those parts, replacing them, the 260-character limit, copies, and
+// locations with the separator at their end, in both path styles.
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "tav_filename.h"
@@ -11,6 +13,7 @@
 namespace {
 
 const int kNativeStyle = TavClPathProperty::getNativeStyle();
+const bool kNativeIsSlash = kNativeStyle == TAV_PATH_STYLE_SLASH;
 
 // The parts a name is split into, read through the extract functions.
 std::string extracted(const TavClFilenameABase& name, int part) {
@@ -63,12 +66,15 @@ TEST(FilenameParsing, NormalisingChangesTheSeparatorsOfThePathPart) {
   TavClPathProperty::normalizePath(text, TAV_PATH_STYLE_SLASH);
   EXPECT_STREQ(text, "C:/a/b/c");
   TavClPathProperty::normalizePath(text);
-  EXPECT_STREQ(text, kNativeStyle == TAV_PATH_STYLE_SLASH ? "C:/a/b/c" : "C:\\a\\b\\c");
+  EXPECT_STREQ(text, kNativeIsSlash ? "C:/a/b/c" : "C:\\a\\b\\c");
   EXPECT_TRUE(TavClFilename(text).isNormalized());
-  EXPECT_TRUE(TavClFilename("plain").isNormalized());
-  // Only the path part counts: the server part always has backslashes.
-  EXPECT_TRUE(TavClFilename("\\\\srv\\share").isNormalized());
-  EXPECT_FALSE(TavClFilename("C:\\a/b").isNormalized());
+  // A location keeps its server part where it was found before the separators changed.
+  const TavClLocation server("\\\\srv\\share\\a/b", true);
+  EXPECT_STREQ(server.getAsCString(),
+               kNativeIsSlash ? "\\\\srv\\share/a/b/" : "\\\\srv\\share\\a\\b\\");
+  EXPECT_TRUE(server.isNormalized());
+  EXPECT_STREQ(server.getPathStart(), kNativeIsSlash ? "/a/b/" : "\\a\\b\\");
+  EXPECT_FALSE(TavClLocation("C:/a\\b").isNormalized());
 }
 
 TEST(FilenameMatching, PathBaseNameExtensionWildcardAndFat83) {
@@ -82,12 +88,146 @@ TEST(FilenameMatching, PathBaseNameExtensionWildcardAndFat83) {
     if (rule == "extension") matches = name.matchesExtension(row.text(1));
     if (rule == "wildcard") matches = name.matchesWildcardPattern(row.text(1));
     if (rule == "8.3") matches = name.isStyleFAT_8_3();
+    if (rule == "normalized") matches = name.isNormalized();
     if (rule == "backslash") matches = name.getStyle(row.text(0)) == TAV_PATH_STYLE_BACKSLASH;
     EXPECT_EQ(matches, row.flag(3));
   }
   // A bare name takes the platform's style: only backslash style can be 8.3.
   EXPECT_EQ(TavClFilename("ABCDEFGH.TXT").isStyleFAT_8_3(),
             kNativeStyle == TAV_PATH_STYLE_BACKSLASH);
+}
+
+TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
+  TavClFilename name("C:\\old\\f.txt");
+  for (const auto& row : tav::test::readDataTable("fs/filename_edits.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const std::string& edit = row.str(0);
+    const char* argument = row.text(1);
+    if (edit == "base name") name.setNewBaseName(argument);
+    if (edit == "extension") name.setNewExtension(argument);
+    if (edit == "name") name.setNewName(argument);
+    if (edit == "location") name.setNewPath(TavClLocation(argument));
+    if (edit == "path") name.setNewPath(argument);
+    if (edit == "location, name") name.setNew(TavClLocation(argument), "b.c");
+    if (edit == "remove path") name.removePath();
+    EXPECT_EQ(name.getAsCString(), row.str(2));
+    EXPECT_EQ(name.getExtension(), row.str(3));
+    EXPECT_EQ(name.hasServer(), row.str(2).compare(0, 2, "\\\\") == 0);
+    EXPECT_EQ(name.getPathStyle(), name.getStyle(row.text(2)));
+  }
+  EXPECT_STREQ(TavClFilename(TavClLocation("C:\\tmp"), "f", "ini").getAsCString(),
+               "C:\\tmp\\f.ini");
+
+  // Arguments may point into the name itself.
+  name = TavClFilename("C:\\a\\b.txt");
+  name.setNewName(name.getName());
+  EXPECT_STREQ(name.getAsCString(), "C:\\a\\b.txt");
+  name.setNewBaseName(name.getName());
+  EXPECT_STREQ(name.getAsCString(), "C:\\a\\b.txt.txt");
+  name.setNewExtension(name.getExtension());
+  EXPECT_STREQ(name.getAsCString(), "C:\\a\\b.txt.txt");
+  name.setNewPath(name.getAsCString());
+  EXPECT_STREQ(name.getAsCString(), "C:\\a\\b.txt.txt\\b.txt.txt");
+}
+
+TEST(FilenameEditing, NoEditGoesPast260Characters) {
+  const std::string directory = "C:\\" + std::string(250, 'd');  // 253 characters
+  TavClFilename name(directory.c_str(), "name", "txt");
+  EXPECT_EQ(std::string(name.getAsCString()), directory + "\\name.t");
+  name.setNewName("n");
+  name.setNewExtension("extension");
+  EXPECT_EQ(std::string(name.getAsCString()), directory + "\\n.exte");
+  name.setNewPath(std::string(300, 'p').c_str());
+  // The path fills the buffer: neither separator nor name had room.
+  EXPECT_EQ(std::string(name.getAsCString()), std::string(260, 'p'));
+
+  const TavClBakFilename backup(TavClFilename((directory + "\\ab").c_str()));
+  EXPECT_EQ(std::string(backup.getAsCString()), directory + "\\ab.BAK");
+  const TavClBakFilename cut(TavClFilename((directory + "\\abcd").c_str()));
+  EXPECT_EQ(std::string(cut.getAsCString()), directory + "\\abcd.B");
+  EXPECT_STREQ(TavClBakFilename(TavClFilename("/x/DATA")).getExtension(), ".BAK");
+}
+
+// The original lives on the heap and is gone before the copy is read: a part pointer left
+// pointing into it is a use after free under AddressSanitizer, and a wrong part everywhere.
+TEST(FilenameCopies, EveryPartPointerFollowsTheCopy) {
+  auto original = std::make_unique<TavClFilename>("\\\\srv\\share\\dir\\file.txt");
+  const TavClFilename copied(*original);
+  TavClFilename assigned;
+  assigned = *original;
+  const TavClBakFilename backup(*original);
+  TavClFilename fromBackup;
+  fromBackup = backup;
+  original.reset();
+  // Assigning a name to itself keeps it.
+  const TavClFilename& alias = assigned;
+  assigned = alias;
+  assigned = static_cast<const TavClFilenameABase&>(alias);
+
+  for (const TavClFilename* name : {&copied, static_cast<const TavClFilename*>(&assigned)}) {
+    char out[TAV_PATH_BUFFER_SIZE];
+    name->extractServer(out);
+    EXPECT_STREQ(out, "\\\\srv\\share");
+    name->extractPath(out, false);
+    EXPECT_STREQ(out, "\\\\srv\\share\\dir");
+    EXPECT_STREQ(name->getName(), "file.txt");
+    EXPECT_STREQ(name->getExtension(), ".txt");
+    EXPECT_STREQ(name->getPathStart(), "\\dir\\file.txt");
+  }
+  EXPECT_STREQ(fromBackup.getAsCString(), "\\\\srv\\share\\dir\\file.txt.BAK");
+  EXPECT_STREQ(fromBackup.getExtension(), ".txt.BAK");
+  EXPECT_EQ(fromBackup.getBaseNameLength(), 4u);
+}
+
+// The expected text of a table row, with the platform's separator put in.
+std::string withNativeSeparator(std::string text) {
+  const size_t marker = text.find("<native>");
+  if (marker != std::string::npos) text.replace(marker, 8, kNativeIsSlash ? "/" : "\\");
+  return text;
+}
+
+TEST(Location, EndsWithTheSeparatorOfItsStyle) {
+  for (const auto& row : tav::test::readDataTable("fs/location_text.txt", 3)) {
+    SCOPED_TRACE(row.where);
+    const TavClLocation location(row.text(0));
+    EXPECT_EQ(location.getAsCString(), withNativeSeparator(row.str(1)));
+    EXPECT_EQ(location.getLength(), withNativeSeparator(row.str(1)).size());
+    EXPECT_EQ(location.isRoot(), row.flag(2));
+  }
+  for (const auto& row : tav::test::readDataTable("fs/filename_joined.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(TavClFilename(row.text(0), row.text(1), row.text(2)).getAsCString(),
+              withNativeSeparator(row.str(3)));
+  }
+  EXPECT_STREQ(TavClLocation("/usr/lib/x", size_t{8}).getAsCString(), "/usr/lib/");
+  EXPECT_STREQ(TavClLocation(TavClFilename("C:\\dir\\f.txt")).getAsCString(), "C:\\dir\\");
+  EXPECT_STREQ(TavClLocation(TavClFilename("f.txt")).getAsCString(), "");
+  EXPECT_TRUE(TavClLocation(tavGetTmpDirectory()).isExistent());
+  EXPECT_FALSE(TavClLocation("").isExistent());
+
+  // Long texts keep 260 characters, without room for the separator.
+  const std::string text = "/" + std::string(300, 'x');
+  EXPECT_EQ(std::string(TavClLocation(text.c_str()).getAsCString()), text.substr(0, 260));
+  EXPECT_EQ(std::string(TavClLocation(text.c_str(), size_t{259}).getAsCString()),
+            text.substr(0, 259) + "/");
+}
+
+TEST(Location, CopiesAndAssignmentsPointIntoTheirOwnBuffer) {
+  auto original = std::make_unique<TavClLocation>("\\\\srv\\share\\dir");
+  const TavClLocation copied(*original);
+  TavClLocation assigned("/elsewhere");
+  assigned = *original;
+  original.reset();
+  EXPECT_STREQ(copied.getPathStart(), "\\dir\\");
+  EXPECT_STREQ(assigned.getPathStart(), "\\dir\\");
+  EXPECT_TRUE(assigned.isAbsolute());
+
+  const TavClLocation& alias = assigned;
+  assigned = alias;
+  EXPECT_STREQ(assigned.getAsCString(), "\\\\srv\\share\\dir\\");
+  assigned = assigned.getAsCString() + 11;  // a part of itself
+  EXPECT_STREQ(assigned.getAsCString(), "\\dir\\");
+  EXPECT_FALSE(assigned.hasServer());
 }
 
 }  // namespace

@@ -9,7 +9,6 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "tav_environment.h"
 #include "tav_fs_scratch.h"
@@ -22,22 +21,21 @@ namespace fs = std::filesystem;
 using tav::test::kNativeIsSlash;
 
 void setVariable(const char* name, const char* value) { TavClEnvironmentVariable(name, value); }
+std::optional<std::string> valueOf(const char* name) {
+  const char* value = TavClEnvironmentVariableQueryOnly(name).getValue();
+  return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
 
 // Puts back the variables that choose the temporary directory, and gives each test a scratch
 // directory of its own.
 class TemporaryNames : public testing::Test {
  protected:
-  TemporaryNames() {
-    for (const char* name : {"TMP", "TEMP", "TMPDIR"}) {
-      const char* value = TavClEnvironmentVariableQueryOnly(name).getValue();
-      saved.emplace_back(name, value != nullptr ? std::optional<std::string>(value) : std::nullopt);
-    }
-  }
   ~TemporaryNames() override {
-    for (const auto& [name, value] : saved) setVariable(name, value ? value->c_str() : nullptr);
+    for (auto& [name, value] : saved) setVariable(name, value ? value->c_str() : nullptr);
   }
 
-  std::vector<std::pair<const char*, std::optional<std::string>>> saved;
+  std::pair<const char*, std::optional<std::string>> saved[3] = {
+      {"TMP", valueOf("TMP")}, {"TEMP", valueOf("TEMP")}, {"TMPDIR", valueOf("TMPDIR")}};
   const tav::test::ScratchDirectory scratch;
   const std::string scratchText = scratch.text();
 };
@@ -60,10 +58,9 @@ TEST_F(TemporaryNames, DirectoryComesFromTmpThenTempThenTheFallback) {
 // A name is the prefix, random characters and the process id's last digits reversed; names are
 // distinct and never those of existing files.
 TEST_F(TemporaryNames, NamesAreNewAndMadeOfPrefixRandomCharactersAndReversedProcessDigits) {
-  std::string digits;  // the last three digits of the process id, units first
-  for (uint32_t id = TavClProcessProperty().getId(); digits.size() < 3; id /= 10) {
-    digits += static_cast<char>('0' + id % 10);
-  }
+  // The last three digits of the process id, units first.
+  std::string digits = std::to_string(1000 + TavClProcessProperty().getId() % 1000).substr(1);
+  std::reverse(digits.begin(), digits.end());
   const TavClLocation directory(scratchText.c_str());
   for (const auto& [prefix, expected] : {std::pair<const char*, std::string>{"ABCDEFGH", "ABCDE"},
                                          {"ab", "ab"},
