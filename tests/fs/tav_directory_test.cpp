@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 #include <string>
 
@@ -33,6 +34,14 @@ TEST(Directory, ConstructionNormalisesAndExpandsAndSetAsCurrentChangesTheWorking
             scratch.text() + "a" + kSep + "b" + kSep);
   EXPECT_EQ(TavClDirectory(TavClFile(scratch.path("f").c_str())).getName(),
             scratch.path("f") + kSep);
+  // The same expansion, on a text in place.
+  char text[TAV_PATH_BUFFER_SIZE];
+  std::strcpy(text, (std::string("x") + kSep + ".." + kSep + "y" + kSep).c_str());
+  EXPECT_TRUE(TavClFileABase::isRelativePath(text));
+  ASSERT_TRUE(TavClFileABase::expandRelativePath(text));
+  EXPECT_EQ(text, scratch.text() + "y" + kSep);
+  EXPECT_FALSE(TavClFileABase::isRelativePath(text));
+  EXPECT_FALSE(TavClFileABase::expandRelativePath(nullptr));
   const TavClDirectory aboveRoot((rootOf(scratch) + ".." + kSep).c_str());
   expectError(aboveRoot.getLastError(), DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
   EXPECT_STREQ(aboveRoot.getName(), "");

@@ -1,17 +1,14 @@
-// Relative paths: the test, the expansion rules in both styles, the 260-character limit, and
-// the native entry points against the real working directory.
+// Relative paths: the test and the expansion rules in both styles, up to the 260-character
+// limit, from a table and against a plain implementation on random texts.
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "../../src/fs/tav_relative_path.h"
-#include "tav_file.h"
-#include "tav_fs_scratch.h"
 #include "tav_relative_path_reference.h"
 #include "tav_test_data.h"
 
@@ -72,22 +69,6 @@ TEST(RelativePath, AgreesWithThePlainImplementationOnRandomTexts) {
       }
     }
   }
-}
-
-TEST(RelativePath, NativeExpansionStartsFromTheWorkingDirectory) {
-  const tav::test::ScratchDirectory scratch;
-  scratch.makeDirectory("sub");
-  const tav::test::CurrentDirectoryChange change(scratch.path("sub"));
-  const char sep = tav::test::kNativeSeparator;
-  char text[TAV_PATH_BUFFER_SIZE] = "";
-  ASSERT_TRUE(TavClFileABase::expandRelativePath(text));
-  EXPECT_EQ(std::string(text), scratch.path("sub") + sep);
-  std::snprintf(text, sizeof text, "..%cx%cy", sep, sep);
-  EXPECT_TRUE(TavClFileABase::isRelativePath(text));
-  ASSERT_TRUE(TavClFileABase::expandRelativePath(text));
-  EXPECT_EQ(std::string(text), scratch.text() + "x" + sep);
-  EXPECT_FALSE(TavClFileABase::isRelativePath(text));
-  EXPECT_FALSE(TavClFileABase::expandRelativePath(nullptr));
 }
 
 }  // namespace
