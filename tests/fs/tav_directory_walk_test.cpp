@@ -36,8 +36,14 @@ std::map<std::string, Seen> walkAll(TavClDirectoryWalk& walk) {
   return seen;
 }
 
-TEST(DirectoryWalk, PredicatesOnAnEmptyAndOnAPopulatedDirectory) {
+TEST(DirectoryWalk, PredicatesOnAMissingAnEmptyAndAPopulatedDirectory) {
   const ScratchDirectory scratch;
+  TavClDirectoryWalk missing{TavClLocation(scratch.path("missing").c_str())};
+  EXPECT_FALSE(missing.isValid());
+  tav::test::expectError(missing.getLastError(), DIRWALK_COULD_NOT_INIT, TAV_CLASS_IO_PROBLEM);
+  EXPECT_FALSE(missing.setToNext());
+  EXPECT_FALSE(missing.isReadOnly() || missing.isHidden() || missing.isSubDirectory());
+
   TavClDirectoryWalk empty{TavClLocation(scratch.text().c_str())};
   ASSERT_TRUE(empty.isValid());
   EXPECT_EQ(walkAll(empty).size(), 2u);  // "." and ".."
@@ -49,7 +55,13 @@ TEST(DirectoryWalk, PredicatesOnAnEmptyAndOnAPopulatedDirectory) {
   EXPECT_FALSE(empty.isDirectory() || empty.isCurrentDirectory() ||
                empty.matchesWildcardPattern("*"));
 
-  for (const char* file : {"a.txt", "B.TXT", ".hidden", "plain", "locked"}) {
+  // The empty location walks the working directory.
+  const tav::test::CurrentDirectoryChange change(scratch.text());
+  scratch.writeFile("plain", "");
+  TavClDirectoryWalk here{TavClLocation("")};
+  EXPECT_EQ(walkAll(here)["plain"].withPath, "plain");
+
+  for (const char* file : {"a.txt", "B.TXT", ".hidden", "locked"}) {
     scratch.writeFile(file, "");
   }
   for (const char* directory : {"sub", "x.y", "..z", ".git"}) scratch.makeDirectory(directory);
@@ -72,21 +84,6 @@ TEST(DirectoryWalk, PredicatesOnAnEmptyAndOnAPopulatedDirectory) {
     const bool dotted = name[0] == '.' && name != "." && name != "..";
     if (kNativeIsSlash || !dotted) EXPECT_EQ(s.hidden, kNativeIsSlash ? dotted : name == "plain");
   }
-}
-
-TEST(DirectoryWalk, AMissingDirectoryGivesAnInvalidWalkAndTheEmptyOneTheWorkingDirectory) {
-  const ScratchDirectory scratch;
-  TavClDirectoryWalk walk{TavClLocation(scratch.path("missing").c_str())};
-  EXPECT_FALSE(walk.isValid());
-  tav::test::expectError(walk.getLastError(), DIRWALK_COULD_NOT_INIT, TAV_CLASS_IO_PROBLEM);
-  EXPECT_STREQ(walk.getNameWithPath(), "");
-  EXPECT_FALSE(walk.setToNext());
-  EXPECT_FALSE(walk.isReadOnly() || walk.isHidden() || walk.isSubDirectory());
-
-  scratch.writeFile("only", "");
-  const tav::test::CurrentDirectoryChange change(scratch.text());
-  TavClDirectoryWalk here{TavClLocation("")};
-  EXPECT_EQ(walkAll(here)["only"].withPath, "only");
 }
 
 // Windows cannot make a name that long without long-path support, so this runs on POSIX.
