@@ -17,12 +17,9 @@
 
 namespace {
 
-using tav::test::expectError;
-using tav::test::expectNoError;
-using tav::test::kNativeIsSlash;
-using tav::test::ScratchDirectory;
+using namespace tav::test;
 
-const char kSep = tav::test::kNativeSeparator;
+const char kSep = kNativeSeparator;
 
 // The root of the scratch directory's file system: "/" or "C:\\".
 std::string rootOf(const ScratchDirectory& scratch) {
@@ -32,7 +29,7 @@ std::string rootOf(const ScratchDirectory& scratch) {
 TEST(Directory, ConstructionNormalisesAndExpandsAndSetAsCurrentChangesTheWorkingDirectory) {
   const ScratchDirectory scratch;
   scratch.makeDirectory("here");
-  const tav::test::CurrentDirectoryChange change(scratch.text());
+  const CurrentDirectoryChange change(scratch.text());
   EXPECT_STREQ(TavClDirectory().getName(), scratch.text().c_str());
   // Both separators are accepted and the result uses the native one.
   EXPECT_EQ(TavClDirectory("sub/../x\\y").getName(), scratch.text() + "x" + kSep + "y" + kSep);
@@ -185,7 +182,7 @@ TEST(DirectoryWalk, PredicatesOnAMissingAnEmptyAndAPopulatedDirectory) {
                empty.matchesWildcardPattern("*"));
 
   // The empty location walks the working directory.
-  const tav::test::CurrentDirectoryChange change(scratch.text());
+  const CurrentDirectoryChange change(scratch.text());
   scratch.writeFile("plain", "");
   TavClDirectoryWalk here{TavClLocation("")};
   EXPECT_EQ(walkAll(here)["plain"].withPath, "plain");
@@ -199,7 +196,7 @@ TEST(DirectoryWalk, PredicatesOnAMissingAnEmptyAndAPopulatedDirectory) {
   TavClDirectoryWalk walk{TavClDirectory(scratch.text().c_str())};
   const auto seen = walkAll(walk);
   ASSERT_EQ(seen.size(), 11u);
-  for (const auto& row : tav::test::readDataTable("fs/directory_walk_entries.txt", 6)) {
+  for (const auto& row : readDataTable("fs/directory_walk_entries.txt", 6)) {
     SCOPED_TRACE(row.where);
     const std::string name = row.str(0);
     ASSERT_EQ(seen.count(name), 1u);
@@ -235,7 +232,7 @@ TEST(DirectoryWalk, RunningOutOfMemoryLeavesNothingBehind) {
   const ScratchDirectory scratch;
   scratch.writeFile("f", "");
   const TavClLocation location(scratch.text().c_str());
-  tav::test::forEachAllocationFailure([&] {
+  forEachAllocationFailure([&] {
     TavClDirectoryWalk walk(location);
     while (walk.isValid()) walk.setToNext();
   });

@@ -18,7 +18,7 @@ extern "C" int tavFsCApiCheck(void);
 namespace {
 
 namespace fs = std::filesystem;
-using tav::test::kNativeIsSlash;
+using namespace tav::test;
 
 void setVariable(const char* name, const char* value) { TavClEnvironmentVariable(name, value); }
 std::optional<std::string> valueOf(const char* name) {
@@ -36,7 +36,7 @@ class TemporaryNames : public testing::Test {
 
   std::pair<const char*, std::optional<std::string>> saved[3] = {
       {"TMP", valueOf("TMP")}, {"TEMP", valueOf("TEMP")}, {"TMPDIR", valueOf("TMPDIR")}};
-  const tav::test::ScratchDirectory scratch;
+  const ScratchDirectory scratch;
   const std::string scratchText = scratch.text();
 };
 
@@ -102,7 +102,7 @@ TEST_F(TemporaryNames, NoRoomForTheNameIsReportedNotRetriedForever) {
   std::string deep = scratchText.substr(0, scratchText.size() - 1);
   if (deep.size() > 200) GTEST_SKIP() << "the scratch directory is too long: " << deep;
   while (deep.size() < 260) {
-    deep += tav::test::kNativeSeparator + std::string(std::min<size_t>(60, 259 - deep.size()), 'd');
+    deep += kNativeSeparator + std::string(std::min<size_t>(60, 259 - deep.size()), 'd');
   }
   std::error_code error;
   fs::create_directories(deep, error);
