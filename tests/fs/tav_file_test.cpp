@@ -1,16 +1,24 @@
-// Files: attributes, dates, copying (whole or not at all), removing, renaming and the search
-// along a path variable, each in a scratch directory of its own.
+// Files and directories: attributes, dates, copying (whole or not at all), removing, renaming
+// and the search along a path variable; directories made with their parents, removed alone or
+// as a tree, made current, moved up and down; and walks over their entries, with names cut at
+// 260 characters and running out of memory. Each case works in a scratch directory of its own.
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
+#include <filesystem>
+#include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "tav_environment.h"
 #include "tav_file.h"
 #include "tav_fs_scratch.h"
+#include "tav_test_allocator.h"
+#include "tav_test_data.h"
 
 namespace {
 
@@ -156,19 +164,14 @@ TEST(File, RemoveMakesAReadOnlyFileWritableAndRenameNeverReplacesAnExistingName)
 
 TEST(File, SearchAlongAPathVariable) {
   const ScratchDirectory scratch;
-  for (const char* file : {"first/only-first", "first/both", "second/both", "second/only"}) {
-    scratch.writeFile(file, "");
-  }
-  const std::string list = ";" + scratch.path("missing") + ";;" + scratch.path("first") + ";" +
-                           scratch.path("second") + ";";
+  for (const char* file : {"1/a", "1/both", "2/both", "2/only"}) scratch.writeFile(file, "");
+  const std::string list =
+      ";" + scratch.path("missing") + ";;" + scratch.path("1") + ";" + scratch.path("2") + ";";
   TavClEnvironmentVariable variable("TAV_TEST_FILE_SEARCH", list.c_str());
 
   // A name that exists as it stands is kept; others are looked for by their name alone.
   const std::pair<std::string, std::string> found[] = {
-      {"both", "first/both"},
-      {"elsewhere/only", "second/only"},
-      {scratch.path("second/both"), "second/both"},
-  };
+      {"both", "1/both"}, {"elsewhere/only", "2/only"}, {scratch.path("2/both"), "2/both"}};
   for (const auto& [name, where] : found) {
     SCOPED_TRACE(name);
     TavClFilename filename(name.c_str());
@@ -180,6 +183,210 @@ TEST(File, SearchAlongAPathVariable) {
   EXPECT_STREQ(nowhere.getAsCString(), "nowhere.dat");
   variable.resetValue();
   EXPECT_FALSE(TavClFile::determineFileInEnvVarPath(nowhere, "TAV_TEST_FILE_SEARCH"));
+}
+
+const char kSep = kNativeSeparator;
+
+// The root of the scratch directory's file system: "/" or "C:\\".
+std::string rootOf(const ScratchDirectory& scratch) {
+  return scratch.text().substr(0, scratch.text()[0] == '/' ? 1 : 3);
+}
+
+TEST(Directory, ConstructionNormalisesAndExpandsAndSetAsCurrentChangesTheWorkingDirectory) {
+  const ScratchDirectory scratch;
+  scratch.makeDirectory("here");
+  const CurrentDirectoryChange change(scratch.text());
+  EXPECT_STREQ(TavClDirectory().getName(), scratch.text().c_str());
+  // Both separators are accepted and the result uses the native one.
+  EXPECT_EQ(TavClDirectory("sub/../x\\y").getName(), scratch.text() + "x" + kSep + "y" + kSep);
+  EXPECT_EQ(TavClDirectory(TavClLocation("a/./b")).getName(),
+            scratch.text() + "a" + kSep + "b" + kSep);
+  EXPECT_EQ(TavClDirectory(TavClFile(scratch.path("f").c_str())).getName(),
+            scratch.path("f") + kSep);
+  // The same expansion, on a text in place.
+  char text[TAV_PATH_BUFFER_SIZE];
+  std::strcpy(text, (std::string("x") + kSep + ".." + kSep + "y" + kSep).c_str());
+  EXPECT_TRUE(TavClFileABase::isRelativePath(text));
+  ASSERT_TRUE(TavClFileABase::expandRelativePath(text));
+  EXPECT_EQ(text, scratch.text() + "y" + kSep);
+  EXPECT_FALSE(TavClFileABase::expandRelativePath(nullptr));
+  const TavClDirectory aboveRoot((rootOf(scratch) + ".." + kSep).c_str());
+  expectError(aboveRoot.getLastError(), DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
+  EXPECT_STREQ(aboveRoot.getName(), "");
+  EXPECT_FALSE(aboveRoot.isExistent());
+
+  TavClDirectory missing(scratch.path("missing").c_str());
+  EXPECT_FALSE(missing.setAsCurrent());
+  expectError(missing.getLastError(), DIRECTORY_COULD_NOT_CHANGE, TAV_CLASS_IO_NOT_EXISTENT);
+  EXPECT_EQ(missing.getDateTimeOfLastModification(), 0);
+  // A success clears the record.
+  TavClDirectory here(scratch.path("here").c_str());
+  ASSERT_TRUE(here.setAsCurrent());
+  expectNoError(here.getLastError());
+  EXPECT_EQ(std::filesystem::current_path().string(), scratch.path("here"));
+  EXPECT_NE(here.getDateTimeOfLastModification(), 0);
+  EXPECT_NE(here.getDateTimeOfCreation(), 0);
+  EXPECT_NE(here.getDateTimeOfLastAccess(), 0);
+}
+
+TEST(Directory, CreateMakesEveryMissingParentAndRemoveOnlyAnEmptyDirectory) {
+  const ScratchDirectory scratch;
+  TavClDirectory nested(scratch.path("a/b/c").c_str());
+  ASSERT_TRUE(nested.create());
+  expectNoError(nested.getLastError());
+  EXPECT_TRUE(std::filesystem::is_directory(scratch.path("a/b/c")));
+  EXPECT_TRUE(nested.create());  // nothing left to make
+
+  scratch.writeFile("file", "");
+  TavClDirectory underFile(scratch.path("file/sub").c_str());
+  EXPECT_FALSE(underFile.create());
+  expectError(underFile.getLastError(), DIRECTORY_COULD_NOT_CREATE, TAV_CLASS_IO_NOT_EXISTENT);
+  EXPECT_FALSE(TavClDirectory(scratch.path("file").c_str()).create());
+
+  TavClDirectory full(scratch.path("a/b").c_str());
+  EXPECT_FALSE(full.remove());
+  expectError(full.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
+  EXPECT_FALSE(full.removeAll(false));
+  ASSERT_TRUE(nested.remove());
+  expectNoError(nested.getLastError());
+  EXPECT_FALSE(nested.remove());
+  expectError(nested.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
+}
+
+TEST(Directory, RemoveATreeWithFilesAndSubDirectoriesButNoneNamedWithADot) {
+  const ScratchDirectory scratch;
+  for (const char* file : {"tree/a", "tree/sub/d/c", "tree/sub/ro", "out/k"}) {
+    scratch.writeFile(file, "k");
+  }
+  scratch.makeDirectory("tree/empty");
+  TavClFile(scratch.path("tree/sub/ro").c_str()).setReadOnly(true);
+  // A link to a directory is removed, and what it points to is kept.
+  std::error_code noLinks;
+  std::filesystem::create_directory_symlink(scratch.path("out"), scratch.path("tree/link"),
+                                            noLinks);
+  TavClDirectory tree(scratch.path("tree").c_str());
+  ASSERT_TRUE(tree.removeAll(true));
+  EXPECT_FALSE(scratch.exists("tree"));
+  EXPECT_EQ(scratch.readFile("out/k"), "k");
+
+  // Directories whose names hold a dot are kept, and so is everything on the way to them.
+  const char* const kept[] = {"tree/x.y/d", "tree/..z/e", "tree/.git/f", "tree/sub/.cache/g"};
+  for (const char* file : kept) scratch.writeFile(file, "k");
+  EXPECT_FALSE(tree.removeAll(true));
+  expectError(tree.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
+  // How much else went depends on the walk's order: it stops at "sub", which cannot go.
+  for (const char* file : kept) EXPECT_TRUE(scratch.exists(file)) << file;
+}
+
+TEST(Directory, AttachAndDetachSubDirectories) {
+  const ScratchDirectory scratch;
+  TavClDirectory directory(scratch.text().c_str());
+  const unsigned int depth = directory.getNumOfSubDirs();
+  directory.attachSubDir(TavClLocation("a/b"));
+  EXPECT_EQ(directory.getNumOfSubDirs(), depth + 2);
+  directory.attachSubDir(TavClLocation("../c/./d"));
+  EXPECT_EQ(directory.getName(), scratch.path("a/c/d") + kSep);
+
+  // Climbing above the root changes nothing.
+  std::string up;
+  for (unsigned int i = 0; i <= depth + 3; ++i) up += "../";
+  directory.attachSubDir(TavClLocation(up.c_str()));
+  expectError(directory.getLastError(), DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
+  EXPECT_EQ(directory.getName(), scratch.path("a/c/d") + kSep);
+
+  ASSERT_TRUE(directory.detachLastSubDir());
+  expectNoError(directory.getLastError());
+  EXPECT_EQ(directory.getName(), scratch.path("a/c") + kSep);
+  ASSERT_TRUE(directory.detachSubDirs(2));
+  EXPECT_EQ(directory.getName(), scratch.text());
+  ASSERT_TRUE(directory.detachSubDirs(depth));
+  EXPECT_EQ(directory.getName(), rootOf(scratch));
+  EXPECT_FALSE(directory.detachLastSubDir());
+  expectError(directory.getLastError(), DIRECTORY_COULD_NOT_DETACH, TAV_CLASS_LOGIC);
+
+  TavClDirectory again(scratch.text().c_str());
+  EXPECT_FALSE(again.detachSubDirs(depth + 1));
+  EXPECT_EQ(again.getName(), rootOf(scratch));
+}
+
+TEST(DirectoryWalk, PredicatesOnAMissingAnEmptyAndAPopulatedDirectory) {
+  const ScratchDirectory scratch;
+  TavClDirectoryWalk missing{TavClLocation(scratch.path("missing").c_str())};
+  EXPECT_FALSE(missing.isValid());
+  expectError(missing.getLastError(), DIRWALK_COULD_NOT_INIT, TAV_CLASS_IO_PROBLEM);
+  EXPECT_FALSE(missing.setToNext());
+  EXPECT_FALSE(missing.isReadOnly() || missing.isHidden() || missing.isSubDirectory());
+
+  TavClDirectoryWalk empty{TavClLocation(scratch.text().c_str())};
+  size_t entries = 0;
+  for (; empty.isValid(); empty.setToNext()) ++entries;
+  EXPECT_EQ(entries, 2u);  // "." and ".."
+  expectNoError(empty.getLastError());
+  // After the end the walk stays invalid and answers with nothing.
+  EXPECT_FALSE(empty.setToNext());
+  EXPECT_STREQ(empty.getNameWithPath(), "");
+  EXPECT_STREQ(empty.getNameWithoutPath(), "");
+  EXPECT_FALSE(empty.isDirectory() || empty.isCurrentDirectory() ||
+               empty.matchesWildcardPattern("*"));
+
+  // The empty location walks the working directory.
+  const CurrentDirectoryChange change(scratch.text());
+  scratch.writeFile("plain", "");
+  TavClDirectoryWalk here{TavClLocation("")};
+  while (here.isValid() && std::string(here.getNameWithoutPath()) != "plain") here.setToNext();
+  EXPECT_STREQ(here.getNameWithPath(), "plain");
+
+  for (const char* file : {"a.txt", "B.TXT", ".hidden", "locked"}) scratch.writeFile(file, "");
+  for (const char* directory : {"sub", "x.y", "..z", ".git"}) scratch.makeDirectory(directory);
+  TavClFile(scratch.path("locked").c_str()).setReadOnly(true);
+  scratch.makeHidden("plain");
+  std::map<std::string, DataRow> expected;
+  for (auto& row : readDataTable("fs/directory_walk_entries.txt", 6)) expected[row.str(0)] = row;
+  for (TavClDirectoryWalk walk{TavClDirectory(scratch.text().c_str())}; walk.isValid();
+       walk.setToNext()) {
+    const std::string name = walk.getNameWithoutPath();
+    SCOPED_TRACE(name);
+    ASSERT_EQ(expected.count(name), 1u);  // an entry the table names, and seen once only
+    const DataRow row = expected.extract(name).mapped();
+    EXPECT_EQ(
+        (std::vector<bool>{walk.isDirectory(), walk.isSubDirectory(), walk.isParentDirectory(),
+                           walk.isCurrentDirectory(), walk.matchesWildcardPattern("*.txt")}),
+        (std::vector<bool>{row.flag(1), row.flag(2), row.flag(3), row.flag(4), row.flag(5)}));
+    EXPECT_EQ(walk.getNameWithPath(), scratch.text() + name);
+    EXPECT_EQ(walk.isReadOnly(), name == "locked");
+    // Hidden: a leading dot on POSIX, the attribute on Windows (which Wine also gives to
+    // names with a leading dot, so those are left out there).
+    const bool dotted = name[0] == '.' && name != "." && name != "..";
+    if (kNativeIsSlash || !dotted)
+      EXPECT_EQ(walk.isHidden(), kNativeIsSlash ? dotted : name == "plain");
+  }
+  EXPECT_TRUE(expected.empty());  // every entry was seen
+}
+
+// Windows cannot make a name that long without long-path support, so this runs on POSIX.
+TEST(DirectoryWalk, ANameThatDoesNotFitAfterTheDirectoryIsMarkedCut) {
+  if (!kNativeIsSlash) GTEST_SKIP() << "names beyond 260 characters need long-path support";
+  const ScratchDirectory scratch;
+  std::string deep;
+  while (scratch.text().size() + deep.size() < 240) deep += "dddddddddd/";
+  scratch.writeFile(deep + std::string(40, 'n'), "");
+  TavClDirectoryWalk walk{TavClLocation(scratch.path(deep).c_str())};
+  bool cutSeen = false;
+  for (; walk.isValid(); walk.setToNext()) {
+    EXPECT_LE(std::string(walk.getNameWithPath()).size(), size_t{TAV_PATH_MAX_LENGTH});
+    if (walk.getNameWithoutPath()[0] == 'n') cutSeen = walk.isNameWithPathCut();
+  }
+  EXPECT_TRUE(cutSeen);
+}
+
+TEST(DirectoryWalk, RunningOutOfMemoryLeavesNothingBehind) {
+  const ScratchDirectory scratch;
+  scratch.writeFile("f", "");
+  const TavClLocation location(scratch.text().c_str());
+  forEachAllocationFailure([&] {
+    TavClDirectoryWalk walk(location);
+    while (walk.isValid()) walk.setToNext();
+  });
 }
 
 }  // namespace

@@ -1,19 +1,31 @@
 // File names and locations: splitting a name into server, path, base name and extension,
-// comparing and matching those parts, replacing them, the 260-character limit, copies, and
-// locations with the separator at their end, in both path styles.
+// comparing and matching those parts, replacing them, the 260-character limit, copies,
+// locations with the separator at their end, in both path styles; and temporary names in the
+// temporary directory.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 
+#include "tav_environment.h"
 #include "tav_filename.h"
+#include "tav_fs_scratch.h"
 #include "tav_test_data.h"
+
+extern "C" int tavFsCApiCheck(void);
 
 namespace {
 
+using namespace tav::test;
+
 const int kNativeStyle = TavClPathProperty::getNativeStyle();
-const bool kNativeIsSlash = kNativeStyle == TAV_PATH_STYLE_SLASH;
 
 // The parts a name is split into, read through the extract functions.
 std::string extracted(const TavClFilenameABase& name, int part) {
@@ -25,7 +37,7 @@ std::string extracted(const TavClFilenameABase& name, int part) {
 }
 
 TEST(FilenameParsing, PartsInBothStyles) {
-  for (const tav::test::DataRow& row : tav::test::readDataTable("fs/filename_parts.txt", 9)) {
+  for (const DataRow& row : readDataTable("fs/filename_parts.txt", 9)) {
     SCOPED_TRACE(row.where);
     const TavClFilename name(row.text(0));
     EXPECT_STREQ(name.getAsCString(), row.text(0));
@@ -74,7 +86,7 @@ TEST(FilenameParsing, NormalisingChangesTheSeparatorsOfThePathPart) {
 }
 
 TEST(FilenameMatching, PathBaseNameExtensionWildcardAndFat83) {
-  for (const auto& row : tav::test::readDataTable("fs/filename_match.txt", 4)) {
+  for (const auto& row : readDataTable("fs/filename_match.txt", 4)) {
     SCOPED_TRACE(row.where);
     const TavClFilename name(row.text(0));
     const std::string& rule = row.str(2);
@@ -95,7 +107,7 @@ TEST(FilenameMatching, PathBaseNameExtensionWildcardAndFat83) {
 
 TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
   TavClFilename name("C:\\old\\f.txt");
-  for (const auto& row : tav::test::readDataTable("fs/filename_edits.txt", 4)) {
+  for (const auto& row : readDataTable("fs/filename_edits.txt", 4)) {
     SCOPED_TRACE(row.where);
     const std::string& edit = row.str(0);
     const std::string& field = row.str(1);
@@ -167,14 +179,14 @@ std::string withNativeSeparator(std::string text) {
 }
 
 TEST(Location, EndsWithTheSeparatorOfItsStyle) {
-  for (const auto& row : tav::test::readDataTable("fs/location_text.txt", 3)) {
+  for (const auto& row : readDataTable("fs/location_text.txt", 3)) {
     SCOPED_TRACE(row.where);
     const TavClLocation location(row.text(0));
     EXPECT_EQ(location.getAsCString(), withNativeSeparator(row.str(1)));
     EXPECT_EQ(location.getLength(), withNativeSeparator(row.str(1)).size());
     EXPECT_EQ(location.isRoot(), row.flag(2));
   }
-  for (const auto& row : tav::test::readDataTable("fs/filename_joined.txt", 4)) {
+  for (const auto& row : readDataTable("fs/filename_joined.txt", 4)) {
     SCOPED_TRACE(row.where);
     EXPECT_EQ(TavClFilename(row.text(0), row.text(1), row.text(2)).getAsCString(),
               withNativeSeparator(row.str(3)));
@@ -208,6 +220,109 @@ TEST(Location, CopiesAndAssignmentsPointIntoTheirOwnBuffer) {
   assigned = assigned.getAsCString() + 11;  // a part of itself
   EXPECT_STREQ(assigned.getAsCString(), "\\dir\\");
   EXPECT_FALSE(assigned.hasServer());
+}
+
+namespace fs = std::filesystem;
+
+void setVariable(const char* name, const char* value) { TavClEnvironmentVariable(name, value); }
+std::optional<std::string> valueOf(const char* name) {
+  const char* value = TavClEnvironmentVariableQueryOnly(name).getValue();
+  return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
+}
+
+// Puts back the variables that choose the temporary directory, and gives each test a scratch
+// directory of its own.
+class TemporaryNames : public testing::Test {
+ protected:
+  ~TemporaryNames() override {
+    for (auto& [name, value] : saved) setVariable(name, value ? value->c_str() : nullptr);
+  }
+
+  std::pair<const char*, std::optional<std::string>> saved[3] = {
+      {"TMP", valueOf("TMP")}, {"TEMP", valueOf("TEMP")}, {"TMPDIR", valueOf("TMPDIR")}};
+  const ScratchDirectory scratch;
+  const std::string scratchText = scratch.text();
+};
+
+TEST_F(TemporaryNames, DirectoryAndNewNamesMadeOfPrefixRandomCharactersAndProcessDigits) {
+  setVariable("TMP", "/from/tmp");
+  setVariable("TEMP", "/from/temp");
+  setVariable("TMPDIR", "/from/tmpdir");
+  EXPECT_STREQ(tavGetTmpDirectory(), "/from/tmp");
+  setVariable("TMP", "");  // empty counts as unset
+  EXPECT_STREQ(tavGetTmpDirectory(), "/from/temp");
+  setVariable("TEMP", nullptr);
+  // POSIX asks TMPDIR as well; Windows never does.
+  EXPECT_STREQ(tavGetTmpDirectory(), kNativeIsSlash ? "/from/tmpdir" : "C:\\");
+  setVariable("TMPDIR", nullptr);
+  EXPECT_STREQ(tavGetTmpDirectory(), kNativeIsSlash ? "/tmp/" : "C:\\");
+  EXPECT_EQ(tavFsCApiCheck(), 1);  // the C part of the header compiles as C
+
+  // A name is the prefix, random characters and the process id's last digits reversed; names
+  // are distinct and never those of existing files.
+  // The last three digits of the process id, units first.
+  std::string digits = std::to_string(1000 + TavClProcessProperty().getId() % 1000).substr(1);
+  std::reverse(digits.begin(), digits.end());
+  const TavClLocation directory(scratchText.c_str());
+  const std::pair<const char*, std::string> cases[] = {
+      {"ABCDEFGH", "ABCDE"}, {"ab", "ab"}, {"", ""}, {nullptr, "TMP"}};
+  for (const auto& [prefix, expected] : cases) {
+    SCOPED_TRACE(expected);
+    const TavClTmpFilename name(directory, prefix);
+    EXPECT_TRUE(name.matchesPath(TavClFilename(scratch.path("x").c_str())));
+    const std::string base(name.getName(), name.getBaseNameLength());
+    ASSERT_EQ(base.size(), 8u) << name.getAsCString();
+    EXPECT_EQ(base.substr(0, expected.size()), expected);
+    EXPECT_EQ(base.find_first_not_of(TavClTmpFilename::kAlphabet, expected.size()),
+              std::string::npos);
+    EXPECT_EQ(std::string(name.getExtension()), "." + digits);
+  }
+
+  // Three random characters leave 68921 names, so among a few hundred draws some repeat: the
+  // existence test must then move on. Each name is taken by creating its file.
+  std::set<std::string> names;
+  for (int i = 0; i < 400; ++i) {
+    const TavClTmpFilename name(directory, "ABCDE");
+    ASSERT_FALSE(name.isExistent());
+    ASSERT_TRUE(names.insert(name.getAsCString()).second) << name.getAsCString();
+    std::ofstream(name.getAsCString()).put('x');
+  }
+
+  // The default directory is the temporary one, and a file name gives its own.
+  setVariable("TMP", nullptr);
+  setVariable("TEMP", scratchText.c_str());
+  const TavClTmpFilename name;
+  EXPECT_EQ(fs::path(TavClLocation(name).getAsCString()), fs::path(scratchText));
+  const TavClFilename beside(scratch.path("data.ini").c_str());
+  const TavClTmpFilename next(beside, "INI");
+  EXPECT_TRUE(next.matchesPath(beside));
+}
+
+// A directory of 260 characters leaves no room for a name, so every attempt tests the
+// directory itself, which exists: the search must give up rather than spin.
+TEST_F(TemporaryNames, NoRoomForTheNameIsReportedNotRetriedForever) {
+  std::string deep = scratchText.substr(0, scratchText.size() - 1);
+  if (deep.size() > 200) GTEST_SKIP() << "the scratch directory is too long: " << deep;
+  while (deep.size() < 260) {
+    deep += kNativeSeparator + std::string(std::min<size_t>(60, 259 - deep.size()), 'd');
+  }
+  std::error_code error;
+  fs::create_directories(deep, error);
+  if (error || !TavClLocation(deep.c_str()).isExistent()) {
+    GTEST_SKIP() << "this platform cannot make a directory of 260 characters: " << error.message();
+  }
+  try {
+    TavClTmpFilename name(deep.c_str(), "TMP");
+    ADD_FAILURE() << "made " << name.getAsCString();
+  } catch (const TavClException& failure) {
+    EXPECT_EQ(failure.getErrorClass(), TAV_CLASS_RESOURCE_EXHAUSTED);
+    EXPECT_NE(std::strstr(failure.getCause(), "temporary"), nullptr);
+  }
+  // Deepest first, one level at a time: a recursive removal can fail on paths this long.
+  for (fs::path level = deep; level.string().size() >= scratchText.size();
+       level = level.parent_path()) {
+    fs::remove(level, error);
+  }
 }
 
 }  // namespace

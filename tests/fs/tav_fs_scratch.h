@@ -10,7 +10,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -37,10 +36,9 @@ inline void expectNoError(const _TavStError& error) {
   EXPECT_EQ(error.id, static_cast<uint32_t>(NO_ERROR));
 }
 
-class ScratchDirectory {
- public:
+struct ScratchDirectory {
   ScratchDirectory() {
-    static std::atomic<unsigned> counter{0};
+    static unsigned counter = 0;
     root = std::filesystem::temp_directory_path() /
            ("tav-fs-" + std::to_string(TavClProcessProperty().getId()) + "-" +
             std::to_string(counter++));
@@ -93,21 +91,16 @@ class ScratchDirectory {
 #endif
   }
 
- private:
   std::filesystem::path root;
 };
 
 // Changes the working directory for the lifetime of the object.
-class CurrentDirectoryChange {
- public:
-  explicit CurrentDirectoryChange(const std::string& directory)
-      : previous(std::filesystem::current_path()) {
+struct CurrentDirectoryChange {
+  explicit CurrentDirectoryChange(const std::string& directory) {
     std::filesystem::current_path(directory);
   }
   ~CurrentDirectoryChange() { std::filesystem::current_path(previous); }
-
- private:
-  std::filesystem::path previous;
+  const std::filesystem::path previous = std::filesystem::current_path();
 };
 
 }  // namespace tav::test

@@ -14,9 +14,6 @@
 
 namespace {
 
-constexpr TavEnPathStyle kBackslash = TAV_PATH_STYLE_BACKSLASH;
-constexpr TavEnPathStyle kSlash = TAV_PATH_STYLE_SLASH;
-
 // Expands text in a buffer of exactly TAV_PATH_BUFFER_SIZE characters followed by a guard, so
 // a write past the limit shows. A failure gives "failed:" and whatever the buffer then holds.
 std::string expand(const std::string& text, TavEnPathStyle style, const char* current) {
@@ -28,7 +25,9 @@ std::string expand(const std::string& text, TavEnPathStyle style, const char* cu
   return ok ? std::string(buffer) : "failed:" + std::string(buffer);
 }
 
-TavEnPathStyle styleOf(const std::string& name) { return name == "slash" ? kSlash : kBackslash; }
+TavEnPathStyle styleOf(const std::string& name) {
+  return name == "slash" ? TAV_PATH_STYLE_SLASH : TAV_PATH_STYLE_BACKSLASH;
+}
 
 TEST(RelativePath, ExpansionAndTheTestFollowTheRulesInBothStyles) {
   for (const auto& row : tav::test::readDataTable("fs/relative_path_expansion.txt", 4)) {
@@ -56,7 +55,7 @@ TEST(RelativePath, AgreesWithThePlainImplementationOnRandomTexts) {
     const size_t length = random() % (round % 10 == 0 ? 300 : 40);
     for (size_t i = 0; i < length; ++i) text += alphabet[random() % sizeof alphabet];
     const char* current = currents[random() % currents.size()].c_str();
-    for (TavEnPathStyle style : {kBackslash, kSlash}) {
+    for (TavEnPathStyle style : {TAV_PATH_STYLE_BACKSLASH, TAV_PATH_STYLE_SLASH}) {
       std::string expected;
       if (!tav_reference::expandRelativePath(text, style, current, &expected)) {
         expected = "failed:";
