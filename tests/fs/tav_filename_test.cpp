@@ -258,12 +258,12 @@ TEST_F(TemporaryNames, DirectoryAndNewNamesMadeOfPrefixRandomCharactersAndProces
   EXPECT_STREQ(tavGetTmpDirectory(), kNativeIsSlash ? "/tmp/" : "C:\\");
   EXPECT_EQ(tavFsCApiCheck(), 1);  // the C part of the header compiles as C
 
-  // A name is the prefix, random characters and the process id's last digits reversed; names
-  // are distinct and never those of existing files.
-  // The last three digits of the process id, units first.
+  // A name is the prefix, random characters and the process id's last three digits, units
+  // first; names are distinct and never those of existing files.
   std::string digits = std::to_string(1000 + TavClProcessProperty().getId() % 1000).substr(1);
   std::reverse(digits.begin(), digits.end());
   const TavClLocation directory(scratchText.c_str());
+  EXPECT_FALSE(TavClLocation(scratch.path("missing").c_str()).isExistent());
   const std::pair<const char*, std::string> cases[] = {
       {"ABCDEFGH", "ABCDE"}, {"ab", "ab"}, {"", ""}, {nullptr, "TMP"}};
   for (const auto& [prefix, expected] : cases) {
