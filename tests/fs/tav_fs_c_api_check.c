@@ -1,12 +1,8 @@
 /* Compiled as C: the C part of tav_filename.h must stay valid C. */
-#include <string.h>
-
 #include "tav_filename.h"
 
 int tavFsCApiCheck(void) {
-  const char* directory = tavGetTmpDirectory();
-  TavEnPathStyle style = TAV_PATH_STYLE_SLASH;
-  char buffer[TAV_PATH_BUFFER_SIZE];
-  buffer[TAV_PATH_MAX_LENGTH] = '\0';
-  return directory != NULL && strlen(directory) > 0 && style == 1 && buffer[260] == '\0';
+  const TavEnPathStyle style = TAV_PATH_STYLE_SLASH;
+  const char buffer[TAV_PATH_BUFFER_SIZE] = "";
+  return tavGetTmpDirectory()[0] != '\0' && style == 1 && buffer[TAV_PATH_MAX_LENGTH] == '\0';
 }

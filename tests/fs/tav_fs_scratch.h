@@ -10,16 +10,18 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <system_error>
 
 #include "tav_error.h"
 #include "tav_filename.h"
 #include "tav_process.h"
+
+#if defined(_WIN32)
+#include <windows.h>  // only to set the hidden attribute
+#endif
 
 namespace tav::test {
 
@@ -34,32 +36,30 @@ inline void expectNoError(const _TavStError& error) {
   EXPECT_EQ(error.id, static_cast<uint32_t>(NO_ERROR));
 }
 
-class ScratchDirectory {
- public:
+struct ScratchDirectory {
   ScratchDirectory() {
-    static std::atomic<unsigned> counter{0};
-    const std::string name = "tav-fs-" + std::to_string(TavClProcessProperty().getId()) + "-" +
-                             std::to_string(counter++);
-    root = std::filesystem::temp_directory_path() / name;
+    static unsigned counter = 0;
+    root = std::filesystem::temp_directory_path() /
+           ("tav-fs-" + std::to_string(TavClProcessProperty().getId()) + "-" +
+            std::to_string(counter++));
     std::filesystem::remove_all(root);
     std::filesystem::create_directories(root);
     // The working directory the library reads is the resolved one.
     root = std::filesystem::canonical(root);
   }
   ~ScratchDirectory() {
-    makeWritable();
+    // Read-only files cannot be removed on Windows.
     std::error_code ignored;
+    for (auto it = std::filesystem::recursive_directory_iterator(root, ignored);
+         it != std::filesystem::recursive_directory_iterator(); it.increment(ignored)) {
+      std::filesystem::permissions(it->path(), std::filesystem::perms::owner_write,
+                                   std::filesystem::perm_options::add, ignored);
+    }
     std::filesystem::remove_all(root, ignored);
   }
-  ScratchDirectory(const ScratchDirectory&) = delete;
-  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
 
   // The directory text with its final separator.
-  std::string text() const {
-    std::string result = root.string();
-    result += static_cast<char>(std::filesystem::path::preferred_separator);
-    return result;
-  }
+  std::string text() const { return root.string() + kNativeSeparator; }
   // A name inside, given with '/' separators, in the native style.
   std::string path(const std::string& relative) const {
     return (root / std::filesystem::path(relative).make_preferred()).string();
@@ -84,34 +84,23 @@ class ScratchDirectory {
     const std::filesystem::directory_iterator entries(path(relative));
     return static_cast<size_t>(std::distance(begin(entries), end(entries)));
   }
-
- private:
-  // Read-only files cannot be removed on Windows.
-  void makeWritable() const {
-    std::error_code ignored;
-    for (auto it = std::filesystem::recursive_directory_iterator(root, ignored);
-         it != std::filesystem::recursive_directory_iterator(); it.increment(ignored)) {
-      std::filesystem::permissions(it->path(), std::filesystem::perms::owner_write,
-                                   std::filesystem::perm_options::add, ignored);
-    }
+  // Gives a file the hidden attribute on Windows; POSIX has no such attribute.
+  void makeHidden([[maybe_unused]] const std::string& relative) const {
+#if defined(_WIN32)
+    SetFileAttributesA(path(relative).c_str(), FILE_ATTRIBUTE_HIDDEN);
+#endif
   }
 
   std::filesystem::path root;
 };
 
 // Changes the working directory for the lifetime of the object.
-class CurrentDirectoryChange {
- public:
-  explicit CurrentDirectoryChange(const std::string& directory)
-      : previous(std::filesystem::current_path()) {
+struct CurrentDirectoryChange {
+  explicit CurrentDirectoryChange(const std::string& directory) {
     std::filesystem::current_path(directory);
   }
   ~CurrentDirectoryChange() { std::filesystem::current_path(previous); }
-  CurrentDirectoryChange(const CurrentDirectoryChange&) = delete;
-  CurrentDirectoryChange& operator=(const CurrentDirectoryChange&) = delete;
-
- private:
-  std::filesystem::path previous;
+  const std::filesystem::path previous = std::filesystem::current_path();
 };
 
 }  // namespace tav::test

@@ -1,12 +1,11 @@
 // tav_relative_path_reference.h - the relative-path expansion written the plain way, with
-// std::string and a list of components, to check the library's in-place version against.
+// std::string, one component at a time, to check the library's in-place version against.
 // Shared by the unit test and the fuzz target.
 
 #ifndef TAV_RELATIVE_PATH_REFERENCE_H
 #define TAV_RELATIVE_PATH_REFERENCE_H
 
 #include <string>
-#include <vector>
 
 #include "tav_filename.h"
 
@@ -28,21 +27,18 @@ inline bool expandRelativePath(const std::string& input, TavEnPathStyle style,
   const char separator = backslash ? '\\' : '/';
   const std::string text = input.substr(0, TAV_PATH_MAX_LENGTH);
   const size_t server = serverLength(text, backslash);
-  const std::string pathPart = text.substr(server);
-  const bool drive = backslash && pathPart.size() >= 2 && pathPart[1] == ':';
-  const bool absolute = backslash
-                            ? server != 0 || (drive && pathPart.size() >= 3 && pathPart[2] == '\\')
-                            : !text.empty() && text[0] == '/';
+  const bool drive = backslash && server == 0 && text.size() >= 2 && text[1] == ':';
+  const bool absolute = backslash ? server != 0 || (drive && text.size() >= 3 && text[2] == '\\')
+                                  : !text.empty() && text[0] == '/';
   std::string kept;  // in front of the result, untouched: the drive
   std::string result;
-  std::string rest;
+  std::string rest = text;
   size_t floor = 0;
   if (!absolute) {
     result = currentDirectory.substr(0, TAV_PATH_MAX_LENGTH);
     if (!result.empty() && result.back() == separator) result.pop_back();
     floor = serverLength(result, backslash);
-    rest = text;
-  } else if (server != 0 || !drive) {
+  } else if (!drive) {
     result = text.substr(0, server);
     floor = server;
     rest = server < text.size() ? text.substr(server + 1) : "";
@@ -51,17 +47,13 @@ inline bool expandRelativePath(const std::string& input, TavEnPathStyle style,
     rest = text.substr(3);
   }
 
-  std::vector<std::string> components;
-  size_t start = 0;
-  for (size_t end = rest.find(separator); end != std::string::npos;
+  // Every component that a separator ends; what follows the last separator is no directory.
+  for (size_t start = 0, end = rest.find(separator); end != std::string::npos;
        start = end + 1, end = rest.find(separator, start)) {
-    components.push_back(rest.substr(start, end - start));
-  }
-  for (const std::string& component : components) {
+    const std::string component = rest.substr(start, end - start);
     if (component.empty()) continue;
     if (component.back() != '.') {
-      result += separator;
-      result += component;
+      result += separator + component;
     } else if (component.size() >= 2 && component[component.size() - 2] == '.') {
       const size_t last = result.rfind(separator);
       if (last == std::string::npos || last < floor) {
@@ -72,11 +64,9 @@ inline bool expandRelativePath(const std::string& input, TavEnPathStyle style,
     }
   }
   *out = kept + result + separator;
-  if (out->size() > TAV_PATH_MAX_LENGTH) {
-    out->clear();
-    return false;
-  }
-  return true;
+  if (out->size() <= TAV_PATH_MAX_LENGTH) return true;
+  out->clear();
+  return false;
 }
 
 }  // namespace tav_reference
