@@ -91,19 +91,14 @@ TEST(LanguageId, LocaleNames) {
     SCOPED_TRACE(row.where);
     EXPECT_EQ(tav::languageIdFromLocaleName(row.text(0)), row.number(1));
   }
-  char territory[tav::kLocaleNameSize];
-  char language[tav::kLocaleNameSize];
-  ASSERT_TRUE(tav::localeNamesFromLanguageId(2055, territory, language));
-  EXPECT_STREQ(territory, "de_CH");
-  EXPECT_STREQ(language, "de");
-  // Croatian, Serbian and Bosnian share a primary id: each territory keeps its own language.
-  ASSERT_TRUE(tav::localeNamesFromLanguageId(0x041a, territory, language));
-  EXPECT_STREQ(territory, "hr_HR");
-  EXPECT_STREQ(language, "hr");
-  ASSERT_TRUE(tav::localeNamesFromLanguageId(0x1c07, territory, language));  // unknown variant
-  EXPECT_STREQ(territory, "");
-  EXPECT_STREQ(language, "de");
-  EXPECT_FALSE(tav::localeNamesFromLanguageId(0, territory, language));
+  for (const auto& row : tav::test::readDataTable("msg/language_id_locales.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    char territory[tav::kLocaleNameSize] = "", language[tav::kLocaleNameSize] = "";
+    EXPECT_EQ(
+        tav::localeNamesFromLanguageId(static_cast<uint16_t>(row.number(0)), territory, language),
+        row.flag(1));
+    EXPECT_EQ(territory + std::string("|") + language, row.str(2) + "|" + row.str(3));
+  }
 }
 
 // The library's own catalog, found beside the library although the tests run elsewhere.
