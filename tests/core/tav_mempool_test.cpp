@@ -31,13 +31,14 @@ class MemoryPool : public testing::Test {
   size_t liveBefore = 0;
 };
 
-// Fills a chunk completely, so that AddressSanitizer sees a chunk that overlaps a block's end.
-void* allocateAndFill(TavClMemoryPool& pool, size_t size, size_t* blockNumber = nullptr) {
+// Allocates a chunk and fills it completely, so that AddressSanitizer sees a chunk that
+// overlaps a block's end; returns the number of the block that served it.
+size_t fill(TavClMemoryPool& pool, size_t size, void** chunk = nullptr) {
   size_t number = 0;
-  void* chunk = pool.allocate(size, number);
-  if (chunk != nullptr) std::memset(chunk, 0xA5, size);
-  if (blockNumber != nullptr) *blockNumber = number;
-  return chunk;
+  void* allocated = pool.allocate(size, number);
+  if (allocated != nullptr) std::memset(allocated, 0xA5, size);
+  if (chunk != nullptr) *chunk = allocated;
+  return number;
 }
 
 TEST_F(MemoryPool, BlockSizesAreRaisedAndRoundedToPagesAndTheRemainderIsClamped) {
@@ -90,37 +91,30 @@ TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturateAndObjectsAreAligned) {
 
 TEST_F(MemoryPool, GrowthAppendsBlocksAndResumesBehindTheFirstBlockLeftWithTooLittle) {
   TavClMemoryPool pool(4096, 4096, 256);
-  size_t blockNumber = 0;
-  allocateAndFill(pool, 1048);  // block 1 keeps 3000 free: it stays current
-  allocateAndFill(pool, 4000, &blockNumber);
-  EXPECT_EQ(blockNumber, 2u);
+  fill(pool, 1048);  // block 1 keeps 3000 free: it stays current
+  EXPECT_EQ(fill(pool, 4000), 2u);
   EXPECT_EQ(pool.getBlockCount(), 2u);
   EXPECT_EQ(pool.getCapacityKB(), 8u);
   EXPECT_EQ(pool.getCurrentFreeSize(), 3000u);
 
   // Passes block 1 (enough left) and block 2 (48 left), appends block 3.
-  allocateAndFill(pool, 3500, &blockNumber);
-  EXPECT_EQ(blockNumber, 3u);
+  EXPECT_EQ(fill(pool, 3500), 3u);
   // Block 2 had too little left, so block 3 is current now, although block 1 has room.
-  void* chunk = allocateAndFill(pool, 8, &blockNumber);
-  EXPECT_EQ(blockNumber, 3u);
+  void* chunk = nullptr;
+  EXPECT_EQ(fill(pool, 8, &chunk), 3u);
   EXPECT_EQ(pool.getCurrentFreeSize(), kSmallBlockCapacity - 3504 - 8);
   EXPECT_EQ(pool.getCurrentStateHandle(), static_cast<char*>(chunk) + 8);
 }
 
 TEST_F(MemoryPool, AnOversizedRequestGetsABlockOfItsOwnRoundedToPages) {
   TavClMemoryPool pool(4096, 4096, 256);
-  size_t blockNumber = 0;
-  allocateAndFill(pool, 3000);
-  ASSERT_NE(allocateAndFill(pool, 10000, &blockNumber), nullptr);
-  EXPECT_EQ(blockNumber, 2u);
+  fill(pool, 3000);
+  ASSERT_EQ(fill(pool, 10000), 2u);
   EXPECT_EQ(pool.getCapacityKB(), 4u + 12u);  // 10000 + 48 rounds up to 12288
   // Block 1 keeps enough room to stay current; what it cannot hold, the rest of the big block
   // (12288 - 48 - 10000 = 2240 bytes) still can.
-  allocateAndFill(pool, 16, &blockNumber);
-  EXPECT_EQ(blockNumber, 1u);
-  allocateAndFill(pool, 2240, &blockNumber);
-  EXPECT_EQ(blockNumber, 2u);
+  EXPECT_EQ(fill(pool, 16), 1u);
+  EXPECT_EQ(fill(pool, 2240), 2u);
   EXPECT_EQ(pool.getBlockCount(), 2u);
 }
 
@@ -156,10 +150,10 @@ TEST_F(MemoryPool, CallerMemoryFillsUpAndThenAnswersNullSilently) {
 
 TEST_F(MemoryPool, DeleteAtRestoresASavedHandleAndEmptiesEveryLaterBlock) {
   TavClMemoryPool pool(4096, 4096, 256);
-  allocateAndFill(pool, 100);
+  fill(pool, 100);
   void* handle = pool.getCurrentStateHandle();
   const size_t freeAtHandle = pool.getCurrentFreeSize();
-  for (int i = 0; i < 10; ++i) allocateAndFill(pool, 24);
+  for (int i = 0; i < 10; ++i) fill(pool, 24);
   pool.deleteAt(handle);
   EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle);
   EXPECT_EQ(pool.allocate(24), handle);
@@ -170,9 +164,9 @@ TEST_F(MemoryPool, DeleteAtRestoresASavedHandleAndEmptiesEveryLaterBlock) {
   pool.deleteAll();
   handle = pool.getCurrentStateHandle();
   size_t blockNumber = 0;
-  allocateAndFill(pool, 4000);  // block 1 keeps 48: too little, block 2 becomes current
-  void* inSecond = allocateAndFill(pool, 3000, &blockNumber);
-  ASSERT_EQ(blockNumber, 2u);
+  fill(pool, 4000);  // block 1 keeps 48: too little, block 2 becomes current
+  void* inSecond = nullptr;
+  ASSERT_EQ(fill(pool, 3000, &inSecond), 2u);
   pool.deleteAt(handle);
   EXPECT_EQ(pool.getBlockCount(), 2u);                    // deleteAt releases chunks, never blocks
   EXPECT_EQ(pool.allocate(3000, blockNumber), inSecond);  // block 2, still current, is empty
@@ -187,21 +181,20 @@ TEST_F(MemoryPool, DeleteAtRestoresASavedHandleAndEmptiesEveryLaterBlock) {
 // deleteAll keeps every block served since the previous deleteAll and releases the idle ones.
 TEST_F(MemoryPool, DeleteAllReleasesOnlyTheBlocksIdleSinceTheLastCall) {
   TavClMemoryPool pool(4096, 4096, 256);
-  for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000);
+  for (int i = 0; i < 3; ++i) fill(pool, 4000);
   ASSERT_EQ(pool.getCapacityKB(), 12u);
   pool.deleteAll();
   EXPECT_EQ(pool.getBlockCount(), 3u);
   EXPECT_EQ(pool.getCurrentFreeSize(), kSmallBlockCapacity);
   size_t blockNumber = 0;
-  allocateAndFill(pool, 4000);
-  allocateAndFill(pool, 4000, &blockNumber);  // reuses the kept block 2
-  EXPECT_EQ(blockNumber, 2u);
+  fill(pool, 4000);
+  EXPECT_EQ(fill(pool, 4000), 2u);  // reuses the kept block 2
   pool.deleteAll();
   EXPECT_EQ(pool.getBlockCount(), 2u);
   // Growth counted whole blocks (4 KiB each), release subtracts capacities (3 KiB each).
   EXPECT_EQ(pool.getCapacityKB(), 12u - 3);
   // A block appended now gets the number of the new block count.
-  for (int i = 0; i < 3; ++i) allocateAndFill(pool, 4000, &blockNumber);
+  for (int i = 0; i < 3; ++i) blockNumber = fill(pool, 4000);
   EXPECT_EQ(blockNumber, 3u);
   pool.deleteAll();
   pool.deleteAll();  // nothing in between: all but the first go
@@ -237,16 +230,14 @@ TEST_F(MemoryPool, FailedGrowthThrowsOrCallsTheErrorHandlerAndThePoolStillWorks)
 
   int calls = 0;
   pool.setErrorHandler(countCalls, &calls);
-  allocateAndFill(pool, 4000);  // block 1 now has too little left
+  fill(pool, 4000);  // block 1 now has too little left
   tav::test::failAllocation(1);
   EXPECT_EQ(pool.allocate(100), nullptr);
   EXPECT_EQ(pool.getBlockCount(), 1u);
   EXPECT_EQ(pool.allocate(kHuge - 100), nullptr);
   EXPECT_EQ(calls, 2);
   tav::test::failAllocation(0);
-  size_t blockNumber = 0;
-  ASSERT_NE(pool.allocate(100, blockNumber), nullptr);
-  EXPECT_EQ(blockNumber, 2u);
+  EXPECT_EQ(fill(pool, 100), 2u);
   pool.setErrorHandler(nullptr, nullptr);
   EXPECT_THROW(pool.allocate(kHuge - 100), TavClException);
 }

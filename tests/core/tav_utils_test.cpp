@@ -12,8 +12,6 @@
 #include "tav_test_data.h"
 #include "tav_utils.h"
 
-extern "C" int tavCApiCheck(void);
-
 namespace {
 
 // Every function against std::to_string, on the extremes and on random values of every
@@ -69,8 +67,6 @@ TEST(StrFind, CaseSensitiveIsStrstrAndIgnoreCaseRestartsAfterAMismatch) {
     EXPECT_EQ(found == nullptr ? -1 : found - row.text(0), row.number(3));
   }
 }
-
-TEST(CApi, HeadersCompileAsCAndWork) { EXPECT_TRUE(tavCApiCheck()); }
 
 TEST(StrCountAndCopyUntil, Basics) {
   EXPECT_EQ(tavStrCount("", 'a'), 0u);

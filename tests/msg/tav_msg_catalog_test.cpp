@@ -14,11 +14,7 @@
 #include "tav_message.h"
 #include "tav_test_data.h"
 
-extern "C" int tavMsgCApiCheck(void);
-
 namespace {
-
-TEST(MessageCatalogCFunctions, HeaderCompilesAsC) { EXPECT_TRUE(tavMsgCApiCheck()); }
 
 const char* const* builtIn() { return tavMsgCatGetBuiltInStringTable(); }
 const char* const kLetters[TAV_MSG_VARIABLE_COUNT] = {"a", "b", "c", "d", "e",
