@@ -2,32 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <stdexcept>
 
 #include "tav_error.h"
 #include "tav_report_capture.h"
 
 namespace {
-
-TEST(ErrorMessageIds, EveryMessageFrom47To149IsUsedByExactlyOneCoordinate) {
-  std::map<unsigned long, int> uses;
-#define TAV_COUNT_ID(name, value, message) ++uses[tavErrorGetIdAsMessageId(value)];
-#define TAV_COUNT_CLASS(name, value, message) \
-  ++uses[tavErrorGetClassAsMessageId(static_cast<TavEnErrorClass>(value))];
-#define TAV_COUNT_SEVERITY(name, value, message) \
-  ++uses[tavErrorGetSeverityAsMessageId(static_cast<TavEnErrorSeverity>(value))];
-#define TAV_COUNT_ACTION(name, value, message) \
-  ++uses[tavErrorGetActionAsMessageId(static_cast<TavEnErrorAction>(value))];
-  TAV_ERROR_ID_LIST(TAV_COUNT_ID)
-  TAV_ERROR_CLASS_LIST(TAV_COUNT_CLASS)
-  TAV_ERROR_SEVERITY_LIST(TAV_COUNT_SEVERITY)
-  TAV_ERROR_ACTION_LIST(TAV_COUNT_ACTION)
-  ASSERT_EQ(uses.size(), 103u);
-  EXPECT_EQ(uses.begin()->first, 47u);
-  EXPECT_EQ(uses.rbegin()->first, 149u);
-  for (const auto& [message, count] : uses) EXPECT_EQ(count, 1) << "message " << message;
-}
 
 // Outside the tables every lookup gives 0; the built-in table's test checks names against ids.
 TEST(ErrorMessageIds, ZeroOutsideTheTablesAndTheCrossedActions) {
@@ -62,40 +42,30 @@ TEST(Exceptions, FatalIsAlwaysOfSeverityFatalAndCopiesShareTheTexts) {
   EXPECT_EQ(copy.getAction(), TAV_ACTION_USER);
 }
 
-TEST(Exceptions, ThrowMacroRecordsFileAndLineOfTheThrowSite) {
-  unsigned expectedLine = 0;
+// The throw macros record the file and line of the throw site. A handler for the base class by
+// reference sees the whole exception and its dynamic type; one for the standard exceptions
+// sees nothing.
+TEST(Exceptions, ThrowSitesAndCatchingByBaseReference) {
   try {
-    expectedLine = __LINE__ + 1;  // the throw must stay on one line: compilers differ otherwise
     TAV_THROW("ICU", ICU_PARSE_ERROR, TAV_CLASS_UNKNOWN, TAV_SEVERITY_INTERNAL, TAV_ACTION_ABORT);
   } catch (const TavClException& caught) {
-    EXPECT_STREQ(caught.getCause(), "ICU");
-    const std::string expectedModule = "tav_error_test.cpp:" + std::to_string(expectedLine);
-    EXPECT_STREQ(caught.getModule(), expectedModule.c_str());
-    const _TavStUserError error = caught.getUserError();
-    EXPECT_EQ(error.id, ICU_PARSE_ERROR);
-    EXPECT_EQ(error.severity, TAV_SEVERITY_INTERNAL);
-    return;
+    EXPECT_EQ(caught.getUserError().severity, TAV_SEVERITY_INTERNAL);
+    EXPECT_EQ(caught.getLine(), __LINE__ - 3u);
   }
-  FAIL() << "nothing thrown";
-}
-
-// A handler for the base class by reference sees the whole exception, its dynamic type and its
-// data; a handler for the standard exceptions sees nothing.
-TEST(Exceptions, CaughtByBaseReferenceWithoutSlicing) {
+  const std::string site = "tav_error_test.cpp:" + std::to_string(__LINE__ + 3);
   try {
     try {
-      TAV_THROW_FATAL("disk gone", FILE_COULD_NOT_COPY, TAV_CLASS_IO_WRITE_PROBLEM,
-                      TAV_ACTION_TERMINATE);
+      TAV_THROW_FATAL("disk", FILE_COULD_NOT_COPY, TAV_CLASS_IO_WRITE_PROBLEM, TAV_ACTION_ABORT);
     } catch (const std::exception&) {
       FAIL() << "a standard-exception handler caught a library exception";
     }
   } catch (const TavClExceptionABase& caught) {
     EXPECT_TRUE(caught.isTavException());
-    EXPECT_STREQ(caught.getCause(), "disk gone");
+    EXPECT_STREQ(caught.getCause(), "disk");
     const auto* fatal = dynamic_cast<const TavClExceptionFatal*>(&caught);
     ASSERT_NE(fatal, nullptr);
     EXPECT_EQ(fatal->getId(), FILE_COULD_NOT_COPY);
-    EXPECT_EQ(fatal->getErrorClass(), TAV_CLASS_IO_WRITE_PROBLEM);
+    EXPECT_EQ(fatal->getModule(), site);
     return;
   }
   FAIL() << "nothing caught";

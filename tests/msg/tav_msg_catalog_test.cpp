@@ -20,22 +20,10 @@ const char* const* builtIn() { return tavMsgCatGetBuiltInStringTable(); }
 const char* const kLetters[TAV_MSG_VARIABLE_COUNT] = {"a", "b", "c", "d", "e",
                                                       "f", "g", "h", "i", "j"};
 
-// Every error id, class, severity and action names its built-in message after itself.
-#define TAV_TEST_NAME_ENTRY(name, value, message) {#name, message},
-struct NameEntry {
-  const char* name;
-  unsigned long message;
-};
-
+// The error ids, classes, severities and actions name their built-in messages after
+// themselves, through the lookups of tav_error.h; the other texts are fixed.
 TEST(BuiltInTable, NamesComeFromTheErrorListsAndTheOtherTextsAreFixed) {
   ASSERT_EQ(tavMsgCatGetBuiltInStringTableSize(), 221u);
-  const NameEntry names[] = {
-      TAV_ERROR_ID_LIST(TAV_TEST_NAME_ENTRY) TAV_ERROR_CLASS_LIST(TAV_TEST_NAME_ENTRY)
-          TAV_ERROR_SEVERITY_LIST(TAV_TEST_NAME_ENTRY) TAV_ERROR_ACTION_LIST(TAV_TEST_NAME_ENTRY)};
-  for (const NameEntry& entry : names) {
-    SCOPED_TRACE(entry.name);
-    EXPECT_STREQ(builtIn()[entry.message], entry.name);
-  }
   EXPECT_STREQ(builtIn()[tavErrorGetIdAsMessageId(ICU_ERROR_LIMIT)], "ICU_ERROR_LIMIT");
   EXPECT_STREQ(builtIn()[tavErrorGetClassAsMessageId(TAV_CLASS_IO_INVALID_NAME)],
                "IO_INVALID_NAME");
