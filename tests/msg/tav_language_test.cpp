@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 #include <cstring>
 #include <sstream>
@@ -46,9 +47,7 @@ TEST(Language, EveryPairOfTableCodesParsesToItsRows) {
       std::string code = TavClLanguage::getLanguageCode(static_cast<Language>(l));
       code += (l + t) % 2 == 0 ? "-" : "_";
       code += TavClLanguage::getTerritoryCodeShort(static_cast<Territory>(t));
-      if (t % 3 == 0) {
-        for (char& c : code) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-      }
+      if (t % 3 == 0) std::transform(code.begin(), code.end(), code.begin(), toupper);
       const TavClLanguage parsed(code.c_str());
       ASSERT_EQ(parsed.getLanguage(), l) << code;
       ASSERT_EQ(parsed.getTerritory(), t) << code;
