@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <stdexcept>
 
 #include "tav_error.h"
@@ -9,8 +10,24 @@
 
 namespace {
 
-// Outside the tables every lookup gives 0; the built-in table's test checks names against ids.
-TEST(ErrorMessageIds, ZeroOutsideTheTablesAndTheCrossedActions) {
+// Every error id, class, severity and action has a message of its own, from 47 to 149; values
+// outside the tables have none.
+TEST(ErrorMessageIds, OneMessageForEachCoordinateAndNoneOutsideTheTables) {
+  std::set<unsigned long> messages;
+#define TAV_ADD_ID(name, value, message) messages.insert(tavErrorGetIdAsMessageId(value));
+#define TAV_ADD_CLASS(name, value, message) \
+  messages.insert(tavErrorGetClassAsMessageId(static_cast<TavEnErrorClass>(value)));
+#define TAV_ADD_SEVERITY(name, value, message) \
+  messages.insert(tavErrorGetSeverityAsMessageId(static_cast<TavEnErrorSeverity>(value)));
+#define TAV_ADD_ACTION(name, value, message) \
+  messages.insert(tavErrorGetActionAsMessageId(static_cast<TavEnErrorAction>(value)));
+  TAV_ERROR_ID_LIST(TAV_ADD_ID)
+  TAV_ERROR_CLASS_LIST(TAV_ADD_CLASS)
+  TAV_ERROR_SEVERITY_LIST(TAV_ADD_SEVERITY)
+  TAV_ERROR_ACTION_LIST(TAV_ADD_ACTION)
+  EXPECT_EQ(messages.size(), 103u);
+  EXPECT_EQ(*messages.begin(), 47u);
+  EXPECT_EQ(*messages.rbegin(), 149u);
   for (unsigned long id : {1000501ul, 200ul, 0xFFFFFFFFul}) {  // 1000501: the unassigned block
     EXPECT_EQ(tavErrorGetIdAsMessageId(id), 0u) << id;
   }

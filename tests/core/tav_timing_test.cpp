@@ -38,7 +38,9 @@ TEST(Timing, WithoutTheCounterEveryTimeIsZero) {
   EXPECT_EQ(watch.getFrequency(), 0u);
   EXPECT_EQ(watch.wallClockTime(), 0.0);
   watch.start();
+  EXPECT_TRUE(watch.isRunning());
   tavSleepMilliSeconds(2);
+  EXPECT_EQ(watch.getElapsedSeconds(), 0.0);  // while running
   watch.stop();
   EXPECT_EQ(watch.getTotalSeconds(), 0.0);
 }

@@ -37,21 +37,20 @@ TEST(Language, ParsesAndPrintsInEveryForm) {
   EXPECT_EQ(stream.str(), "de-at fr-**");
 }
 
-// Every pair of codes from the tables, in either separator and letter case, parses back to its
-// rows: this shows the tables sorted and their codes unique.
-TEST(Language, EveryPairOfTableCodesParsesToItsRows) {
+// Every language code and every territory code (in capitals) parses back to its row: this shows
+// the tables sorted and their codes unique.
+TEST(Language, EveryTableCodeParsesToItsRow) {
   ASSERT_EQ(TavClLanguage::getNumberOfLanguagesSupported(), 143u);
   ASSERT_EQ(TavClLanguage::getNumberOfTerritoriesSupported(), 242u);
   for (uint32_t l = 0; l < 143; ++l) {
-    for (uint32_t t = 0; t < 242; ++t) {
-      std::string code = TavClLanguage::getLanguageCode(static_cast<Language>(l));
-      code += (l + t) % 2 == 0 ? "-" : "_";
-      code += TavClLanguage::getTerritoryCodeShort(static_cast<Territory>(t));
-      if (t % 3 == 0) std::transform(code.begin(), code.end(), code.begin(), toupper);
-      const TavClLanguage parsed(code.c_str());
-      ASSERT_EQ(parsed.getLanguage(), l) << code;
-      ASSERT_EQ(parsed.getTerritory(), t) << code;
-    }
+    const char* code = TavClLanguage::getLanguageCode(static_cast<Language>(l));
+    ASSERT_EQ(TavClLanguage(code).getLanguage(), l) << code;
+  }
+  for (uint32_t t = 0; t < 242; ++t) {
+    std::string code =
+        std::string("EN_") + TavClLanguage::getTerritoryCodeShort(static_cast<Territory>(t));
+    std::transform(code.begin(), code.end(), code.begin(), toupper);
+    ASSERT_EQ(TavClLanguage(code.c_str()).getTerritory(), t) << code;
   }
 }
 

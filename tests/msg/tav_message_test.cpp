@@ -56,6 +56,7 @@ TEST(Message, InlineAndHeapTextsAndTheFailureNotices) {
     EXPECT_EQ(message.isTextInline(), inlineText);
     EXPECT_TRUE(message.isMessageLoaded());
   }
+  EXPECT_EQ(table.catalog.getStringTableSignatureCount(), kSmallTableSize);
   const TavClMessage beyondTable(table.catalog, kSmallTableSize);
   EXPECT_EQ(std::string(beyondTable.getText()),
             std::string("UNABLE TO LOAD MESSAGE CATALOG: ") + table.catalog.getName());
