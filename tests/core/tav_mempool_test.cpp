@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 #include "tav_mempool.h"
 #include "tav_test_allocator.h"
@@ -84,32 +85,23 @@ TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturateAndObjectsAreAligned) {
   EXPECT_EQ(misaligned.construct<Point>(5, 6), nullptr);
 }
 
-TEST_F(MemoryPool, GrowthAppendsBlocksAndResumesBehindTheFirstBlockLeftWithTooLittle) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  fill(pool, 1048);  // block 1 keeps 3000 free: it stays current
-  EXPECT_EQ(fill(pool, 4000), 2u);
-  EXPECT_EQ(pool.getCapacityKB(), 8u);
-  EXPECT_EQ(pool.getCurrentFreeSize(), 3000u);
-
-  // Passes block 1 (enough left) and block 2 (48 left), appends block 3.
-  EXPECT_EQ(fill(pool, 3500), 3u);
-  // Block 2 had too little left, so block 3 is current now, although block 1 has room.
-  void* chunk = nullptr;
-  EXPECT_EQ(fill(pool, 8, &chunk), 3u);
-  EXPECT_EQ(pool.getCurrentFreeSize(), kSmallBlockCapacity - 3504 - 8);
-  EXPECT_EQ(pool.getCurrentStateHandle(), static_cast<char*>(chunk) + 8);
-}
-
-TEST_F(MemoryPool, AnOversizedRequestGetsABlockOfItsOwnRoundedToPages) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  fill(pool, 3000);
-  ASSERT_EQ(fill(pool, 10000), 2u);
-  EXPECT_EQ(pool.getCapacityKB(), 4u + 12u);  // 10000 + 48 rounds up to 12288
-  // Block 1 keeps enough room to stay current; what it cannot hold, the rest of the big block
-  // (12288 - 48 - 10000 = 2240 bytes) still can.
-  EXPECT_EQ(fill(pool, 16), 1u);
-  EXPECT_EQ(fill(pool, 2240), 2u);
-  EXPECT_EQ(pool.getBlockCount(), 2u);
+// Growth, oversized requests and deleteAll, as steps in core/memory_pool_steps.txt.
+TEST_F(MemoryPool, GrowthOversizedRequestsAndDeleteAllFollowTheirSteps) {
+  std::unique_ptr<TavClMemoryPool> pool;
+  for (const auto& row : tav::test::readDataTable("core/memory_pool_steps.txt", 6)) {
+    SCOPED_TRACE(row.where);
+    size_t block = 0;
+    if (row.str(0) == "pool") pool = std::make_unique<TavClMemoryPool>(4096, 4096, 256);
+    if (row.str(0) == "allocate") block = fill(*pool, static_cast<size_t>(row.number(1)));
+    if (row.str(0) == "deleteAll") pool->deleteAll();
+    const auto expect = [&row](size_t field, size_t actual) {
+      if (row.str(field) != "-") EXPECT_EQ(actual, static_cast<size_t>(row.number(field))) << field;
+    };
+    expect(2, block);
+    expect(3, pool->getCurrentFreeSize());
+    expect(4, pool->getBlockCount());
+    expect(5, pool->getCapacityKB());
+  }
 }
 
 TEST_F(MemoryPool, CallerMemoryFillsUpAndThenAnswersNullSilently) {
@@ -170,29 +162,6 @@ TEST_F(MemoryPool, DeleteAtRestoresASavedHandleAndEmptiesEveryLaterBlock) {
   char* whole = static_cast<char*>(pool.allocate(kSmallBlockCapacity));
   pool.deleteAt(whole + kSmallBlockCapacity);  // the end of a full block is a valid handle
   EXPECT_EQ(pool.getCurrentFreeSize(), 0u);
-}
-
-// deleteAll keeps every block served since the previous deleteAll and releases the idle ones.
-TEST_F(MemoryPool, DeleteAllReleasesOnlyTheBlocksIdleSinceTheLastCall) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  for (int i = 0; i < 3; ++i) fill(pool, 4000);
-  ASSERT_EQ(pool.getCapacityKB(), 12u);
-  pool.deleteAll();
-  EXPECT_EQ(pool.getBlockCount(), 3u);
-  EXPECT_EQ(pool.getCurrentFreeSize(), kSmallBlockCapacity);
-  size_t blockNumber = 0;
-  fill(pool, 4000);
-  EXPECT_EQ(fill(pool, 4000), 2u);  // reuses the kept block 2
-  pool.deleteAll();
-  EXPECT_EQ(pool.getBlockCount(), 2u);
-  // Growth counted whole blocks (4 KiB each), release subtracts capacities (3 KiB each).
-  EXPECT_EQ(pool.getCapacityKB(), 12u - 3);
-  // A block appended now gets the number of the new block count.
-  for (int i = 0; i < 3; ++i) blockNumber = fill(pool, 4000);
-  EXPECT_EQ(blockNumber, 3u);
-  pool.deleteAll();
-  pool.deleteAll();  // nothing in between: all but the first go
-  EXPECT_EQ(pool.getBlockCount(), 1u);
 }
 
 void countCalls(const _TavStError& error, void* calls) {
