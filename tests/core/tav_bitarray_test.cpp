@@ -60,17 +60,16 @@ TEST(BitArray, EqualityNeedsSameSizeAndBitsAndCopiesAreIndependent) {
 }
 
 TEST(BitArray, AllocationFailuresLeakNothingAndLeaveTheTargetWhole) {
+  tav::test::installCountingAllocator();  // before the blocks of source and target
   TavClBitArray source(100);
   source.setBit(42);
-  tav::test::forEachAllocationFailure([&] { TavClBitArray fresh(77); });
   TavClBitArray target(5);
   target.setBit(4);
   tav::test::forEachAllocationFailure([&] {
     try {
       target = source;
     } catch (const TavClExceptionFatal&) {
-      EXPECT_EQ(target.getBitCount(), 5u);
-      EXPECT_TRUE(target.isBitSet(4));
+      EXPECT_TRUE(target.getBitCount() == 5 && target.isBitSet(4));
       throw;
     }
   });

@@ -36,7 +36,8 @@ TEST(NumberText, AgreesWithTheStandardLibrary) {
   }
 }
 
-TEST(ByteOrder, SwapsWholeUnitsOnlyAndHostToLittleIsNoChange) {
+// Byte swaps work on whole units only, and host to little endian is no change.
+TEST(SystemUtilities, ByteOrderSleepAndLibraryLevel) {
   unsigned char bytes[] = {1, 2, 3, 4, 5};
   tavEndianConvertW16LittleToBig(bytes, 5);
   EXPECT_EQ(std::memcmp(bytes, "\2\1\4\3\5", 5), 0);
@@ -47,9 +48,8 @@ TEST(ByteOrder, SwapsWholeUnitsOnlyAndHostToLittleIsNoChange) {
   EXPECT_EQ(std::memcmp(bytes, "\1\2\3\4\5", 5), 0);
   tavEndianConvertW16HostToBig(bytes, 1);  // no whole unit: nothing changes
   EXPECT_EQ(bytes[0], 1);
-}
 
-TEST(SystemUtilities, SleepAdvancesTheTimeStampAndTheLibraryLevelIsFixed) {
+  // Sleeping advances the time stamp; the library level is fixed.
   const uint32_t before = tavGetTimeStamp();
   tavSleepMilliSeconds(60);
   const uint32_t elapsed = tavGetTimeStamp() - before;  // unsigned difference survives a wrap
