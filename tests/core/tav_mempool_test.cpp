@@ -95,7 +95,9 @@ TEST_F(MemoryPool, GrowthOversizedRequestsAndDeleteAllFollowTheirSteps) {
     if (row.str(0) == "allocate") block = fill(*pool, static_cast<size_t>(row.number(1)));
     if (row.str(0) == "deleteAll") pool->deleteAll();
     const auto expect = [&row](size_t field, size_t actual) {
-      if (row.str(field) != "-") EXPECT_EQ(actual, static_cast<size_t>(row.number(field))) << field;
+      if (row.str(field) != "-") {
+        EXPECT_EQ(actual, static_cast<size_t>(row.number(field))) << field;
+      }
     };
     expect(2, block);
     expect(3, pool->getCurrentFreeSize());

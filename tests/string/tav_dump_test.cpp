@@ -6,6 +6,7 @@
 #include <cstring>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "tav_dump.h"
 
@@ -35,31 +36,29 @@ TEST(DumpLine, PlaceholdersAndFixedLengths) {
   EXPECT_STREQ(bin.getAsCString() + 83, "| abcdefgh");
 }
 
+// What a dump function writes to a stream, and the number of lines in it.
+template <typename Dump>
+std::pair<std::string, long> dumped(Dump dump) {
+  std::ostringstream out;
+  dump(out);
+  const std::string text = out.str();
+  return {text, static_cast<long>(std::count(text.begin(), text.end(), '\n'))};
+}
+
 TEST(DumpArea, RowsOfSixteenOrEightNumberedByOffset) {
   unsigned char bytes[17];
   std::memset(bytes, '-', sizeof(bytes));
-  std::ostringstream hex;
-  tavDumpHex(hex, bytes, sizeof(bytes));
-  const std::string text = hex.str();
-  ASSERT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
-  EXPECT_EQ(text.substr(text.find('\n') + 1),
+  const auto hex = dumped([&](std::ostream& out) { tavDumpHex(out, bytes, sizeof(bytes)); });
+  ASSERT_EQ(hex.second, 2);
+  EXPECT_EQ(hex.first.substr(hex.first.find('\n') + 1),
             "00000010: 2d __ __ __ __ __ __ __  __ __ __ __ __ __ __ __ | -_______________\n");
-
   const uint32_t elements[] = {0x01020304, 0x05060708};
-  std::ostringstream bin;
-  tavDumpBin(bin, elements, 2);
-  const std::string binText = bin.str();
-  EXPECT_EQ(std::count(binText.begin(), binText.end(), '\n'), 1);
-  EXPECT_EQ(binText.substr(0, 19), "00000000: 00000100 ");  // memory order: 04 comes first
-
-  std::ostringstream nothing;
-  tavDump(nothing, bytes, 0);
-  EXPECT_EQ(nothing.str(), "");
+  const auto bin = dumped([&](std::ostream& out) { tavDumpBin(out, elements, 2); });
+  EXPECT_EQ(bin.second, 1);
+  EXPECT_EQ(bin.first.substr(0, 19), "00000000: 00000100 ");  // memory order: 04 comes first
+  EXPECT_EQ(dumped([&](std::ostream& out) { tavDump(out, bytes, 0); }).first, "");
   const uint64_t values[] = {0, 0, 0};  // typed arrays dump all their 24 bytes
-  std::ostringstream dumped;
-  tavDump(dumped, values, 3);
-  const std::string typedText = dumped.str();
-  EXPECT_EQ(std::count(typedText.begin(), typedText.end(), '\n'), 2);
+  EXPECT_EQ(dumped([&](std::ostream& out) { tavDump(out, values, 3); }).second, 2);
 }
 
 TEST(Representation, StreamsItsTextAndAddressesMatchTheStreamInserter) {
