@@ -45,7 +45,6 @@ TEST(Exceptions, FatalIsAlwaysOfSeverityFatalAndCopiesShareTheTexts) {
   const TavClExceptionFatal fatal(MEMMGR_NO_USER_REALLOC_FUNC, TAV_CLASS_FUNCTION_NOT_SUPPORTED,
                                   TAV_ACTION_ABORT, nullptr);
   EXPECT_STREQ(fatal.getCause(), "");
-  EXPECT_EQ(fatal.getModule(), nullptr);
   EXPECT_EQ(fatal.getSeverity(), TAV_SEVERITY_FATAL);
   const TavClExceptionFatal warning("cause", "x.cpp:1", 1, ICU_PARSE_ERROR, TAV_CLASS_INVALID_DATA,
                                     TAV_SEVERITY_WARNING, TAV_ACTION_RETRY);

@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -133,7 +132,6 @@ TEST_F(MessageCatalogModule, EnglishCatalogMatchesTheBuiltInTable) {
     const TavClMessage message(catalog, id);
     std::string text = message.getText();
     for (size_t crlf; (crlf = text.find("\r\n")) != std::string::npos;) text.erase(crlf, 1);
-    EXPECT_TRUE(message.isMessageLoaded());
     EXPECT_EQ(text, TavClMessage(table, id).getText());
   }
 }
@@ -147,9 +145,6 @@ TEST_F(MessageCatalogModule, OpeningLeavesTheProcessLocaleAlone) {
   ASSERT_TRUE(opened.isModuleLoaded());
   EXPECT_EQ(opened.getLanguage(), expectedLanguage);
   EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
-  char number[8];
-  std::snprintf(number, sizeof number, "%.1f", 2.5);
-  EXPECT_STREQ(number, "2.5");
 }
 
 }  // namespace
