@@ -15,7 +15,6 @@
 namespace {
 
 constexpr size_t kHuge = std::numeric_limits<size_t>::max();
-constexpr size_t kSmallBlockCapacity = 4096 - 48;
 
 // Every test runs on the counting allocator and must give back every block it took.
 class MemoryPool : public testing::Test {
@@ -85,15 +84,23 @@ TEST_F(MemoryPool, ChunkSizesRoundUpToEightAndSaturateAndObjectsAreAligned) {
   EXPECT_EQ(misaligned.construct<Point>(5, 6), nullptr);
 }
 
-// Growth, oversized requests and deleteAll, as steps in core/memory_pool_steps.txt.
-TEST_F(MemoryPool, GrowthOversizedRequestsAndDeleteAllFollowTheirSteps) {
+// Growth, oversized requests, deleteAt and deleteAll, as steps in core/memory_pool_steps.txt.
+TEST_F(MemoryPool, GrowthOversizedRequestsAndDeletionFollowTheirSteps) {
   std::unique_ptr<TavClMemoryPool> pool;
+  void *mark = nullptr, *chunk = nullptr;
+  size_t size = 0;
+  int stranger = 0;  // a position in no block of the pool
   for (const auto& row : tav::test::readDataTable("core/memory_pool_steps.txt", 6)) {
     SCOPED_TRACE(row.where);
+    const std::string& step = row.str(0);
     size_t block = 0;
-    if (row.str(0) == "pool") pool = std::make_unique<TavClMemoryPool>(4096, 4096, 256);
-    if (row.str(0) == "allocate") block = fill(*pool, static_cast<size_t>(row.number(1)));
-    if (row.str(0) == "deleteAll") pool->deleteAll();
+    if (step == "pool") pool = std::make_unique<TavClMemoryPool>(4096, 4096, 256);
+    if (step == "allocate") block = fill(*pool, size = static_cast<size_t>(row.number(1)), &chunk);
+    if (step == "deleteAll") pool->deleteAll();
+    if (step == "mark") mark = pool->getCurrentStateHandle();
+    if (step == "deleteAt") pool->deleteAt(mark);
+    if (step == "deleteAtStranger") pool->deleteAt(&stranger);
+    if (step == "deleteAtEnd") pool->deleteAt(static_cast<char*>(chunk) + size);
     const auto expect = [&row](size_t field, size_t actual) {
       if (row.str(field) != "-") {
         EXPECT_EQ(actual, static_cast<size_t>(row.number(field))) << field;
@@ -127,36 +134,6 @@ TEST_F(MemoryPool, CallerMemoryFillsUpAndThenAnswersNullSilently) {
   for (unsigned char byte : memory) ASSERT_EQ(byte, 0x5A);
 
   EXPECT_EQ(TavClMemoryPool(nullptr, 4096).allocate(1), nullptr);
-}
-
-TEST_F(MemoryPool, DeleteAtRestoresASavedHandleAndEmptiesEveryLaterBlock) {
-  TavClMemoryPool pool(4096, 4096, 256);
-  fill(pool, 100);
-  void* handle = pool.getCurrentStateHandle();
-  const size_t freeAtHandle = pool.getCurrentFreeSize();
-  for (int i = 0; i < 10; ++i) fill(pool, 24);
-  pool.deleteAt(handle);
-  EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle);
-  EXPECT_EQ(pool.allocate(24), handle);
-  int elsewhere = 0;  // a position in no block of the pool changes nothing
-  pool.deleteAt(&elsewhere);
-  EXPECT_EQ(pool.getCurrentFreeSize(), freeAtHandle - 24);
-
-  pool.deleteAll();
-  handle = pool.getCurrentStateHandle();
-  size_t blockNumber = 0;
-  fill(pool, 4000);  // block 1 keeps 48: too little, block 2 becomes current
-  void* inSecond = nullptr;
-  ASSERT_EQ(fill(pool, 3000, &inSecond), 2u);
-  pool.deleteAt(handle);
-  EXPECT_EQ(pool.getBlockCount(), 2u);                    // deleteAt releases chunks, never blocks
-  EXPECT_EQ(pool.allocate(3000, blockNumber), inSecond);  // block 2, still current, is empty
-  EXPECT_EQ(blockNumber, 2u);
-
-  pool.deleteAll();
-  char* whole = static_cast<char*>(pool.allocate(kSmallBlockCapacity));
-  pool.deleteAt(whole + kSmallBlockCapacity);  // the end of a full block is a valid handle
-  EXPECT_EQ(pool.getCurrentFreeSize(), 0u);
 }
 
 void countCalls(const _TavStError& error, void* calls) {
