@@ -1,4 +1,4 @@
-// Dump lines and whole-area dumps.
+// Dump lines (from a table under tests/data/string) and whole-area dumps.
 
 #include <gtest/gtest.h>
 
@@ -7,33 +7,30 @@
 #include <sstream>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "tav_dump.h"
+#include "tav_test_data.h"
 
 namespace {
 
-// Short lines show placeholders for the missing bytes.
-TEST(DumpLine, PlaceholdersAndFixedLengths) {
-  const unsigned char bytes[] = {0x41, 0x00, 0x7F};
-  EXPECT_STREQ(TavClStrepHexDump(16, bytes, 3).getAsCString(),
-               "00000010: 41 00 7f __ __ __ __ __  __ __ __ __ __ __ __ __ | A.._____________");
-  EXPECT_STREQ(TavClStrepHexDump(bytes, 3).getAsCString(),
-               "41 00 7f __ __ __ __ __  __ __ __ __ __ __ __ __ | A.._____________");
-  const unsigned char byte = 0xA5;
-  EXPECT_STREQ(TavClStrepBinDump(0, &byte, 1).getAsCString(),
-               "00000000: 10100101 ________ ________ ________  ________ ________ ________ "
-               "________ | ._______");
-  const size_t offset = static_cast<size_t>(0x12345678) << 4;  // nine digits, shown whole
-  EXPECT_EQ(std::string(TavClStrepHexDump(offset, &byte, 1).getAsCString()).substr(0, 11),
-            "123456780: ");
-
-  // Full lines have their fixed length (77 and 93) and ignore extra bytes.
-  unsigned char letters[20];
-  for (unsigned i = 0; i < sizeof(letters); ++i) letters[i] = static_cast<unsigned char>('a' + i);
-  const TavClStrepHexDump hex(0xABCDEF, letters, sizeof(letters));
-  EXPECT_STREQ(hex.getAsCString() + 59, "| abcdefghijklmnop");
-  const TavClStrepBinDump bin(0, letters, 8);
-  EXPECT_STREQ(bin.getAsCString() + 83, "| abcdefgh");
+TEST(DumpLine, PlaceholdersOffsetsAndFixedLengths) {
+  for (const auto& row : tav::test::readDataTable("string/dump_lines.txt", 5)) {
+    SCOPED_TRACE(row.where);
+    std::vector<unsigned char> bytes;
+    for (size_t i = 0; i < row.str(2).size(); i += 2) {
+      bytes.push_back(static_cast<unsigned char>(std::stoul(row.str(2).substr(i, 2), nullptr, 16)));
+    }
+    const auto offset = static_cast<size_t>(row.str(1) == "-" ? 0 : row.number(1));
+    std::string line;
+    if (row.str(0) == "hex")
+      line = TavClStrepHexDump(offset, bytes.data(), bytes.size()).getAsCString();
+    if (row.str(0) == "hex-plain")
+      line = TavClStrepHexDump(bytes.data(), bytes.size()).getAsCString();
+    if (row.str(0) == "bin")
+      line = TavClStrepBinDump(offset, bytes.data(), bytes.size()).getAsCString();
+    EXPECT_EQ(line, row.str(3) + " | " + row.str(4));
+  }
 }
 
 // What a dump function writes to a stream, and the number of lines in it.
