@@ -22,13 +22,11 @@ TEST(DumpLine, PlaceholdersOffsetsAndFixedLengths) {
       bytes.push_back(static_cast<unsigned char>(std::stoul(row.str(2).substr(i, 2), nullptr, 16)));
     }
     const auto offset = static_cast<size_t>(row.str(1) == "-" ? 0 : row.number(1));
-    std::string line;
-    if (row.str(0) == "hex")
-      line = TavClStrepHexDump(offset, bytes.data(), bytes.size()).getAsCString();
-    if (row.str(0) == "hex-plain")
-      line = TavClStrepHexDump(bytes.data(), bytes.size()).getAsCString();
-    if (row.str(0) == "bin")
-      line = TavClStrepBinDump(offset, bytes.data(), bytes.size()).getAsCString();
+    const unsigned char* data = bytes.data();
+    const std::string line =
+        row.str(0) == "bin"   ? TavClStrepBinDump(offset, data, bytes.size()).getAsCString()
+        : row.str(0) == "hex" ? TavClStrepHexDump(offset, data, bytes.size()).getAsCString()
+                              : TavClStrepHexDump(data, bytes.size()).getAsCString();
     EXPECT_EQ(line, row.str(3) + " | " + row.str(4));
   }
 }
