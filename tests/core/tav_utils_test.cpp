@@ -1,5 +1,5 @@
 // Numbers to text, byte swapping, sleeping, the library level, the small string functions and
-// wildcard matching (its rules, and agreement with a plain backtracking matcher).
+// wildcard matching (its rules, and agreement with std::regex on random inputs).
 
 #include <gtest/gtest.h>
 
