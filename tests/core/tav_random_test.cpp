@@ -19,7 +19,7 @@ std::vector<uint32_t> draw(const TavClRandomNumberGenerator& generator, size_t c
   return numbers;
 }
 
-TEST(RandomNumbers, SequenceOfASeedIsFixed) {
+TEST(RandomNumbers, SequenceOfASeedIsFixedAndItsLowestBitIgnored) {
   const TavClRandomNumberGenerator generator(1234);
   const std::vector<uint32_t> numbers = draw(generator, 520);
   EXPECT_EQ(std::vector<uint32_t>(numbers.begin(), numbers.begin() + 4),
@@ -28,9 +28,7 @@ TEST(RandomNumbers, SequenceOfASeedIsFixed) {
   EXPECT_EQ(std::vector<uint32_t>(numbers.begin() + 254, numbers.begin() + 259),
             (std::vector<uint32_t>{2575589952u, 990274224u, 916327609u, 773836143u, 537770692u}));
   EXPECT_EQ(numbers[519], 846662152u);
-}
-
-TEST(RandomNumbers, TheSeedsLowestBitIsIgnored) {
+  // The seed's lowest bit is ignored.
   const std::vector<uint32_t> expected{161722770u, 545520400u, 2260119848u, 4154477846u};
   EXPECT_EQ(draw(TavClRandomNumberGenerator(0), 4), expected);
   EXPECT_EQ(draw(TavClRandomNumberGenerator(1), 4), expected);

@@ -10,9 +10,6 @@ namespace {
 TEST(Timing, IntervalsAddUpElapsedIsTheLatestAndTheWallClockAdvances) {
   TavClTiming watch;
   ASSERT_GT(watch.getFrequency(), 0u);
-  EXPECT_FALSE(watch.isRunning());
-  EXPECT_EQ(watch.getTotalSeconds(), 0.0);
-
   watch.start();
   tavSleepMilliSeconds(30);
   watch.stop();
@@ -30,7 +27,6 @@ TEST(Timing, IntervalsAddUpElapsedIsTheLatestAndTheWallClockAdvances) {
   EXPECT_EQ(watch.getIntervalCount(), 2u);
   watch.reset();
   EXPECT_EQ(watch.getTotalSeconds(), 0.0);
-  EXPECT_GT(watch.getFrequency(), 0u);
 
   const double before = watch.wallClockTime();
   tavSleepMilliSeconds(5);
@@ -42,8 +38,9 @@ TEST(Timing, WithoutTheCounterEveryTimeIsZero) {
   EXPECT_EQ(watch.getFrequency(), 0u);
   EXPECT_EQ(watch.wallClockTime(), 0.0);
   watch.start();
+  EXPECT_TRUE(watch.isRunning());
   tavSleepMilliSeconds(2);
-  EXPECT_EQ(watch.getElapsedSeconds(), 0.0);
+  EXPECT_EQ(watch.getElapsedSeconds(), 0.0);  // while running
   watch.stop();
   EXPECT_EQ(watch.getTotalSeconds(), 0.0);
 }

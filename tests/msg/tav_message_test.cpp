@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -20,75 +21,49 @@ namespace {
 const char* const kLetters[TAV_MSG_VARIABLE_COUNT] = {"a", "b", "c", "d", "e",
                                                       "f", "g", "h", "i", "j"};
 
-// A catalog without module that serves table, under a name no catalog file has.
+// A catalog without module that serves a table, under a name no catalog file has.
 struct TableCatalog {
-  explicit TableCatalog(const char* const* table, unsigned long size)
-      : catalog(TavClFilename("no-such-catalog")) {
+  TableCatalog(const char* const* table, unsigned long size) {
     catalog.useStringTable(table, size);
   }
-  TavClMessageCatalog catalog;
+  TavClMessageCatalog catalog{TavClFilename("no-such-catalog")};
 };
 
-const std::string k80(80, 'x');
-const std::string k81(81, 'y');
+const std::string k80(80, 'x'), k81(81, 'y');
 const char* const kSmallTable[] = {
     "[TAV_MSGTAB_SIGNATURE] 7", "short %1", k80.c_str(), k81.c_str(), "%1%1", nullptr, "other"};
-constexpr unsigned long kSmallTableSize = sizeof kSmallTable / sizeof kSmallTable[0];
+constexpr unsigned long kSmallTableSize = std::size(kSmallTable);
 
-TEST(Message, BuiltInTableSubstitutesTheTenVariables) {
-  TableCatalog table(tavMsgCatGetBuiltInStringTable(), TAV_MSG_BUILTIN_TABLE_SIZE);
-  const TavClMessage message(table.catalog, 2, kLetters);
-  EXPECT_STREQ(message.getText(),
-               "Percent:% Arg1:a Arg2:b Arg3:c Arg4:d Arg5:e Arg6:f Arg7:g Arg8:h Arg9:i Arg10:j");
-  EXPECT_TRUE(message.isMessageLoaded());
-  EXPECT_TRUE(message.isTextInline());  // exactly 80 characters
-
-  const TavClMessage nulls(table.catalog, 2, "one", nullptr, "three");
-  EXPECT_STREQ(nulls.getText(),
-               "Percent:% Arg1:one Arg2:??? Arg3:three Arg4:??? Arg5:??? Arg6:??? Arg7:??? "
-               "Arg8:??? Arg9:??? Arg10:???");
-  EXPECT_EQ(table.catalog.getStringTableSignatureCount(), TAV_MSG_BUILTIN_TABLE_SIZE);
-}
-
-TEST(Message, FailureNoticesNameTheCatalog) {
+// Texts up to 80 characters stay inline, longer ones go to the heap, all are cut at the
+// message limit. Every id below the table's size loads, a null entry as the empty text; others
+// and a catalog without table give the catalog's notice.
+TEST(Message, InlineAndHeapTextsAndTheFailureNotices) {
   TableCatalog table(kSmallTable, kSmallTableSize);
-  const TavClMessage beyondTable(table.catalog, kSmallTableSize);
-  EXPECT_EQ(std::string(beyondTable.getText()),
-            std::string("UNABLE TO LOAD MESSAGE CATALOG: ") + table.catalog.getName());
-  EXPECT_FALSE(beyondTable.isMessageLoaded());
-
-  // Every id below the size loads, the signature line and a null entry included.
-  EXPECT_TRUE(TavClMessage(table.catalog, 0).isMessageLoaded());
-  const TavClMessage nullEntry(table.catalog, 5);
-  EXPECT_TRUE(nullEntry.isMessageLoaded());
-  EXPECT_STREQ(nullEntry.getText(), "");
-
-  const TavClMessageCatalog noTable(TavClFilename("no-such-catalog"));
-  EXPECT_FALSE(noTable.isModuleLoaded());
-  EXPECT_EQ(noTable.getLanguage(), 0u);
-  EXPECT_FALSE(TavClMessage(noTable, 1).isMessageLoaded());
-}
-
-TEST(Message, TextsUpToEightyCharactersStayInlineAndAllAreCutAtTheLimit) {
-  TableCatalog table(kSmallTable, kSmallTableSize);
-  const std::string long40(40, 'v');
-  const std::string long41(41, 'v');
+  const std::string long40(40, 'v'), long41(41, 'v'), huge(3000, 'h');
   // Message id, variable, length of the text, and whether it is inline.
   const std::tuple<unsigned long, const char*, size_t, bool> cases[] = {
       {2, nullptr, 80, true},
       {3, nullptr, 81, false},
       {4, long40.c_str(), 80, true},
       {4, long41.c_str(), 82, false},
+      {4, huge.c_str(), TAV_MSG_MAX_LENGTH, false},
+      {5, nullptr, 0, true},
   };
   for (const auto& [id, variable, length, inlineText] : cases) {
     SCOPED_TRACE(testing::Message() << "id " << id << " length " << length);
     const TavClMessage message(table.catalog, id, variable);
-    EXPECT_EQ(std::string(message.getText()).size(), length);
+    EXPECT_EQ(std::string(message.getText()), std::string(length, *(message.getText())));
     EXPECT_EQ(message.isTextInline(), inlineText);
+    EXPECT_TRUE(message.isMessageLoaded());
   }
-  const std::string huge(3000, 'h');  // longer texts are cut at the message limit
-  EXPECT_EQ(std::string(TavClMessage(table.catalog, 4, huge.c_str()).getText()),
-            std::string(TAV_MSG_MAX_LENGTH, 'h'));
+  EXPECT_EQ(table.catalog.getStringTableSignatureCount(), kSmallTableSize);
+  const TavClMessage beyondTable(table.catalog, kSmallTableSize);
+  EXPECT_EQ(std::string(beyondTable.getText()),
+            std::string("UNABLE TO LOAD MESSAGE CATALOG: ") + table.catalog.getName());
+  EXPECT_FALSE(beyondTable.isMessageLoaded());
+  const TavClMessageCatalog noTable(TavClFilename("no-such-catalog"));
+  EXPECT_FALSE(noTable.isModuleLoaded());
+  EXPECT_FALSE(TavClMessage(noTable, 1).isMessageLoaded());
 }
 
 TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
@@ -100,7 +75,6 @@ TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
     const TavClMessage source(id == 3 ? first.catalog : second.catalog, id);
     target = source;
     EXPECT_STREQ(target.getText(), source.getText());
-    EXPECT_EQ(target.isTextInline(), source.isTextInline());
     EXPECT_EQ(target.getMessageId(), id);
   }
   const TavClMessage fromSecond(second.catalog, 3);  // "YES" in the built-in table
@@ -143,13 +117,11 @@ TEST(MessageSubstitution, Rules) {
   }
 }
 
-TEST(MessageSubstitution, NullAndMissingVariablesReadAsQuestionMarks) {
+// Null and missing variables read as "???"; output stops at the limit, even inside a variable.
+TEST(MessageSubstitution, MissingVariablesAndTheLimit) {
   const char* const variables[3] = {"one", nullptr, "three"};
   EXPECT_EQ(substitute("%1 %2 %3 %4", 4096, variables, 3), "one ??? three ???");
   EXPECT_EQ(substitute("%1", 4096, nullptr, 0), "???");
-}
-
-TEST(MessageSubstitution, OutputStopsAtTheLimitEvenInsideAVariable) {
   EXPECT_EQ(substitute("abcdefgh", 5), "abcde");
   const char* const longVariable[1] = {"12345"};
   EXPECT_EQ(substitute("x%1y", 3, longVariable, 1), "x12");

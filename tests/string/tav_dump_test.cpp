@@ -1,4 +1,4 @@
-// Dump lines and whole-area dumps.
+// Dump lines (from a table under tests/data/string) and whole-area dumps.
 
 #include <gtest/gtest.h>
 
@@ -6,62 +6,54 @@
 #include <cstring>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "tav_dump.h"
+#include "tav_test_data.h"
 
 namespace {
 
-TEST(DumpLine, ShortLinesShowPlaceholdersForTheMissingBytes) {
-  const unsigned char bytes[] = {0x41, 0x00, 0x7F};
-  EXPECT_STREQ(TavClStrepHexDump(16, bytes, 3).getAsCString(),
-               "00000010: 41 00 7f __ __ __ __ __  __ __ __ __ __ __ __ __ | A.._____________");
-  EXPECT_STREQ(TavClStrepHexDump(bytes, 3).getAsCString(),
-               "41 00 7f __ __ __ __ __  __ __ __ __ __ __ __ __ | A.._____________");
-  const unsigned char byte = 0xA5;
-  EXPECT_STREQ(TavClStrepBinDump(0, &byte, 1).getAsCString(),
-               "00000000: 10100101 ________ ________ ________  ________ ________ ________ "
-               "________ | ._______");
-  const size_t offset = static_cast<size_t>(0x12345678) << 4;  // nine digits, shown whole
-  EXPECT_EQ(std::string(TavClStrepHexDump(offset, &byte, 1).getAsCString()).substr(0, 11),
-            "123456780: ");
+TEST(DumpLine, PlaceholdersOffsetsAndFixedLengths) {
+  for (const auto& row : tav::test::readDataTable("string/dump_lines.txt", 5)) {
+    SCOPED_TRACE(row.where);
+    std::vector<unsigned char> bytes;
+    for (size_t i = 0; i < row.str(2).size(); i += 2) {
+      bytes.push_back(static_cast<unsigned char>(std::stoul(row.str(2).substr(i, 2), nullptr, 16)));
+    }
+    const auto offset = static_cast<size_t>(row.str(1) == "-" ? 0 : row.number(1));
+    const unsigned char* data = bytes.data();
+    const std::string line =
+        row.str(0) == "bin"   ? TavClStrepBinDump(offset, data, bytes.size()).getAsCString()
+        : row.str(0) == "hex" ? TavClStrepHexDump(offset, data, bytes.size()).getAsCString()
+                              : TavClStrepHexDump(data, bytes.size()).getAsCString();
+    EXPECT_EQ(line, row.str(3) + " | " + row.str(4));
+  }
 }
 
-TEST(DumpLine, FullLinesHaveTheirFixedLengthAndIgnoreExtraBytes) {
-  unsigned char letters[20];
-  for (unsigned i = 0; i < sizeof(letters); ++i) letters[i] = static_cast<unsigned char>('a' + i);
-  const TavClStrepHexDump hex(0xABCDEF, letters, sizeof(letters));
-  EXPECT_EQ(std::strlen(hex.getAsCString()), 77u);
-  EXPECT_STREQ(hex.getAsCString() + 59, "| abcdefghijklmnop");
-  const TavClStrepBinDump bin(0, letters, 8);
-  EXPECT_EQ(std::strlen(bin.getAsCString()), 93u);
-  EXPECT_STREQ(bin.getAsCString() + 83, "| abcdefgh");
+// What a dump function writes to a stream, and the number of lines in it.
+template <typename Dump>
+std::pair<std::string, long> dumped(Dump dump) {
+  std::ostringstream out;
+  dump(out);
+  const std::string text = out.str();
+  return {text, static_cast<long>(std::count(text.begin(), text.end(), '\n'))};
 }
 
 TEST(DumpArea, RowsOfSixteenOrEightNumberedByOffset) {
   unsigned char bytes[17];
   std::memset(bytes, '-', sizeof(bytes));
-  std::ostringstream hex;
-  tavDumpHex(hex, bytes, sizeof(bytes));
-  const std::string text = hex.str();
-  ASSERT_EQ(std::count(text.begin(), text.end(), '\n'), 2);
-  EXPECT_EQ(text.substr(text.find('\n') + 1),
+  const auto hex = dumped([&](std::ostream& out) { tavDumpHex(out, bytes, sizeof(bytes)); });
+  ASSERT_EQ(hex.second, 2);
+  EXPECT_EQ(hex.first.substr(hex.first.find('\n') + 1),
             "00000010: 2d __ __ __ __ __ __ __  __ __ __ __ __ __ __ __ | -_______________\n");
-
   const uint32_t elements[] = {0x01020304, 0x05060708};
-  std::ostringstream bin;
-  tavDumpBin(bin, elements, 2);
-  const std::string binText = bin.str();
-  EXPECT_EQ(std::count(binText.begin(), binText.end(), '\n'), 1);
-  EXPECT_EQ(binText.substr(0, 19), "00000000: 00000100 ");  // memory order: 04 comes first
-
-  std::ostringstream nothing;
-  tavDump(nothing, bytes, 0);
-  EXPECT_EQ(nothing.str(), "");
+  const auto bin = dumped([&](std::ostream& out) { tavDumpBin(out, elements, 2); });
+  EXPECT_EQ(bin.second, 1);
+  EXPECT_EQ(bin.first.substr(0, 19), "00000000: 00000100 ");  // memory order: 04 comes first
+  EXPECT_EQ(dumped([&](std::ostream& out) { tavDump(out, bytes, 0); }).first, "");
   const uint64_t values[] = {0, 0, 0};  // typed arrays dump all their 24 bytes
-  std::ostringstream dumped;
-  tavDump(dumped, values, 3);
-  const std::string typedText = dumped.str();
-  EXPECT_EQ(std::count(typedText.begin(), typedText.end(), '\n'), 2);
+  EXPECT_EQ(dumped([&](std::ostream& out) { tavDump(out, values, 3); }).second, 2);
 }
 
 TEST(Representation, StreamsItsTextAndAddressesMatchTheStreamInserter) {

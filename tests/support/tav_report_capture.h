@@ -22,14 +22,11 @@ class ReportCapture {
 
   // Ends the capture (later calls give "") and returns the reports.
   std::string take() {
-    std::string text;
-    if (file == nullptr) return text;
+    if (file == nullptr) return "";
     tavSetReportStream(previous);
+    std::string text(static_cast<size_t>(std::ftell(file)), '\0');
     std::rewind(file);
-    char chunk[4096];
-    for (size_t count; (count = std::fread(chunk, 1, sizeof chunk, file)) > 0;) {
-      text.append(chunk, count);
-    }
+    text.resize(std::fread(&text[0], 1, text.size(), file));
     std::fclose(file);
     file = nullptr;
     return text;

@@ -17,51 +17,40 @@ struct AllocatorState {
   size_t requests = 0;
   size_t failAt = 0;  // request number that fails; 0 for none
   bool injected = false;
-
-  // Counts a request and tells whether it is the one to fail (never when failAt is 0).
-  bool nextRequestFails() {
-    const bool fails = ++requests == failAt;
-    injected = injected || fails;
-    return fails;
-  }
 };
 
-AllocatorState& sharedState() {
-  static AllocatorState* shared = new AllocatorState;  // outlives every static destructor
-  return *shared;
-}
+AllocatorState& state = *new AllocatorState;  // outlives every static destructor
 
-// Runs operation on the shared state with its lock held.
-template <typename Operation>
-auto locked(Operation operation) {
-  std::lock_guard<std::mutex> guard(sharedState().lock);
-  return operation(sharedState());
+std::lock_guard<std::mutex> locked() { return std::lock_guard<std::mutex>(state.lock); }
+
+// Counts a request and tells whether it is the one to fail (never when failAt is 0).
+bool nextRequestFails() {
+  const bool fails = ++state.requests == state.failAt;
+  state.injected = state.injected || fails;
+  return fails;
 }
 
 void* countingMalloc(size_t size) {
-  return locked([size](AllocatorState& s) -> void* {
-    if (s.nextRequestFails()) return nullptr;
-    void* block = std::malloc(size);
-    if (block != nullptr) s.live.insert(block);
-    return block;
-  });
+  const auto guard = locked();
+  if (nextRequestFails()) return nullptr;
+  void* block = std::malloc(size);
+  if (block != nullptr) state.live.insert(block);
+  return block;
 }
 
 void* countingRealloc(void* block, size_t size) {
-  return locked([block, size](AllocatorState& s) -> void* {
-    if (s.nextRequestFails()) return nullptr;  // a failed resize keeps the old block
-    void* resized = std::realloc(block, size);
-    if (block != nullptr && (resized != nullptr || size == 0)) s.live.erase(block);
-    if (resized != nullptr) s.live.insert(resized);
-    return resized;
-  });
+  const auto guard = locked();
+  if (nextRequestFails()) return nullptr;  // a failed resize keeps the old block
+  void* resized = std::realloc(block, size);
+  if (block != nullptr && (resized != nullptr || size == 0)) state.live.erase(block);
+  if (resized != nullptr) state.live.insert(resized);
+  return resized;
 }
 
 void countingFree(void* block) {
-  locked([block](AllocatorState& s) {
-    std::free(block);
-    return s.live.erase(block);
-  });
+  const auto guard = locked();
+  std::free(block);
+  state.live.erase(block);
 }
 
 }  // namespace
@@ -71,20 +60,24 @@ void installCountingAllocator() {
 }
 
 void failAllocation(size_t nthFromNow) {
-  locked([nthFromNow](AllocatorState& s) {
-    s.failAt = nthFromNow == 0 ? 0 : s.requests + nthFromNow;
-    return s.injected = false;
-  });
+  const auto guard = locked();
+  state.failAt = nthFromNow == 0 ? 0 : state.requests + nthFromNow;
+  state.injected = false;
 }
 
 bool allocationFailureInjected() {
-  return locked([](AllocatorState& s) { return s.injected; });
+  const auto guard = locked();
+  return state.injected;
 }
+
 size_t liveBlocks() {
-  return locked([](AllocatorState& s) { return s.live.size(); });
+  const auto guard = locked();
+  return state.live.size();
 }
+
 size_t allocationRequests() {
-  return locked([](AllocatorState& s) { return s.requests; });
+  const auto guard = locked();
+  return state.requests;
 }
 
 }  // namespace tav::test

@@ -40,16 +40,14 @@ std::vector<DataRow> readDataTable(const std::string& name, size_t fieldCount) {
   for (int number = 1; std::getline(in, line); ++number) {
     if (trimmed(line).empty() || trimmed(line)[0] == '#') continue;
     DataRow row{name + ":" + std::to_string(number), {}, {}};
-    for (size_t start = 0;;) {
-      const size_t bar = line.find('|', start);
+    for (size_t start = 0, bar = 0; bar != std::string::npos; start = bar + 1) {
+      bar = line.find('|', start);
       std::string field = trimmed(line.substr(start, bar - start));
       if (field.size() >= 2 && field.front() == '"' && field.back() == '"') {
         field = field.substr(1, field.size() - 2);
       }
       row.fields.push_back(field);
       row.isNull.push_back(row.fields.back() == "<null>");
-      if (bar == std::string::npos) break;
-      start = bar + 1;
     }
     if (row.fields.size() != fieldCount) {
       ADD_FAILURE() << row.where << ": " << row.fields.size() << " fields, not " << fieldCount;

@@ -4,7 +4,6 @@
 #include <windows.h>
 
 #include <cstdlib>
-#include <map>
 
 #include "../tav_test_child.h"
 
@@ -21,11 +20,6 @@ const bool waitsForever = [] {
   return false;
 }();
 
-std::map<uint32_t, HANDLE>& children() {
-  static std::map<uint32_t, HANDLE> handles;
-  return handles;
-}
-
 }  // namespace
 
 uint32_t startWaitingChild() {
@@ -40,17 +34,17 @@ uint32_t startWaitingChild() {
   SetEnvironmentVariableA(kWaitVariable, nullptr);
   if (!started) return 0;
   CloseHandle(process.hThread);
-  children()[process.dwProcessId] = process.hProcess;
+  CloseHandle(process.hProcess);
   return process.dwProcessId;
 }
 
+// A process that can no longer be opened has ended.
 bool waitForChildEnd(uint32_t processId, uint32_t timeoutMilliseconds) {
-  const auto child = children().find(processId);
-  if (child == children().end()) return false;
-  if (WaitForSingleObject(child->second, timeoutMilliseconds) != WAIT_OBJECT_0) return false;
-  CloseHandle(child->second);
-  children().erase(child);
-  return true;
+  const HANDLE child = OpenProcess(SYNCHRONIZE, FALSE, processId);
+  if (child == nullptr) return true;
+  const bool ended = WaitForSingleObject(child, timeoutMilliseconds) == WAIT_OBJECT_0;
+  CloseHandle(child);
+  return ended;
 }
 
 uint32_t nativeProcessId() { return GetCurrentProcessId(); }

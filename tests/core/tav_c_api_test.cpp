@@ -1,5 +1,0 @@
-#include <gtest/gtest.h>
-
-extern "C" int tavCApiCheck(void);
-
-TEST(CApi, HeadersCompileAsCAndWork) { EXPECT_TRUE(tavCApiCheck()); }
