@@ -8,73 +8,60 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <string>
 
 #include "../../src/core/tav_os_status.h"
+#include "tav_test_data.h"
 
 namespace {
 
-using tav::os::OsFailure;
+// The failures in the order of their enumeration, as the tables below name them.
+const char* const kFailureNames[] = {"none",        "notFound", "accessDenied", "alreadyExists",
+                                     "isDirectory", "notEmpty", "diskFull",     "outOfMemory",
+                                     "invalidName", "failed"};
 
-struct Row {
-  const char* name;
-  int32_t code;
-  OsFailure expected;
-};
-
-void checkRows(const Row* rows, size_t count, tav::os::OsStatus (*map)(int32_t)) {
-  for (size_t i = 0; i < count; ++i) {
-    SCOPED_TRACE(rows[i].name);
-    const tav::os::OsStatus status = map(rows[i].code);
-    EXPECT_EQ(status.failure, rows[i].expected);
-    EXPECT_EQ(status.code, rows[i].code);
-    EXPECT_EQ(status.ok(), rows[i].expected == OsFailure::none);
-  }
+void expectStatus(const tav::os::OsStatus& status, int32_t code, const std::string& expected) {
+  EXPECT_EQ(kFailureNames[static_cast<int>(status.failure)], expected);
+  EXPECT_EQ(status.code, code);
+  EXPECT_EQ(status.ok(), expected == "none");
 }
 
 TEST(OsStatus, ErrnoValuesMapToTheFailuresCallersTellApart) {
-  static const Row rows[] = {
-      {"0", 0, OsFailure::none},
-      {"ENOENT", ENOENT, OsFailure::notFound},
-      {"ENOTDIR", ENOTDIR, OsFailure::notFound},
-      {"ESRCH", ESRCH, OsFailure::notFound},
-      {"EACCES", EACCES, OsFailure::accessDenied},
-      {"EPERM", EPERM, OsFailure::accessDenied},
-      {"EROFS", EROFS, OsFailure::accessDenied},
-      {"EBUSY", EBUSY, OsFailure::accessDenied},
-      {"EEXIST", EEXIST, OsFailure::alreadyExists},
-      {"EISDIR", EISDIR, OsFailure::isDirectory},
-      {"ENOTEMPTY", ENOTEMPTY, OsFailure::notEmpty},
-      {"ENOSPC", ENOSPC, OsFailure::diskFull},
-      {"ENOMEM", ENOMEM, OsFailure::outOfMemory},
-      {"EMFILE", EMFILE, OsFailure::outOfMemory},
-      {"ENAMETOOLONG", ENAMETOOLONG, OsFailure::invalidName},
-      {"EIO", EIO, OsFailure::failed},
-      {"-1", -1, OsFailure::failed},
+  const struct {
+    const char* name;
+    int code;
+    const char* expected;
+  } rows[] = {
+      {"0", 0, "none"},
+      {"ENOENT", ENOENT, "notFound"},
+      {"ENOTDIR", ENOTDIR, "notFound"},
+      {"ESRCH", ESRCH, "notFound"},
+      {"EACCES", EACCES, "accessDenied"},
+      {"EPERM", EPERM, "accessDenied"},
+      {"EROFS", EROFS, "accessDenied"},
+      {"EEXIST", EEXIST, "alreadyExists"},
+      {"EISDIR", EISDIR, "isDirectory"},
+      {"ENOTEMPTY", ENOTEMPTY, "notEmpty"},
+      {"ENOSPC", ENOSPC, "diskFull"},
+      {"ENOMEM", ENOMEM, "outOfMemory"},
+      {"EMFILE", EMFILE, "outOfMemory"},
+      {"ENAMETOOLONG", ENAMETOOLONG, "invalidName"},
+      {"EIO", EIO, "failed"},
+      {"-1", -1, "failed"},
   };
-  checkRows(rows, std::size(rows), [](int32_t code) { return tav::os::statusFromErrno(code); });
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    expectStatus(tav::os::statusFromErrno(row.code), row.code, row.expected);
+  }
 }
 
 TEST(OsStatus, WindowsErrorCodesMapToTheFailuresCallersTellApart) {
-  static const Row rows[] = {
-      {"ERROR_SUCCESS", 0, OsFailure::none},
-      {"ERROR_FILE_NOT_FOUND", 2, OsFailure::notFound},
-      {"ERROR_PATH_NOT_FOUND", 3, OsFailure::notFound},
-      {"ERROR_MOD_NOT_FOUND", 126, OsFailure::notFound},
-      {"ERROR_RESOURCE_LANG_NOT_FOUND", 1815, OsFailure::notFound},
-      {"ERROR_ACCESS_DENIED", 5, OsFailure::accessDenied},
-      {"ERROR_SHARING_VIOLATION", 32, OsFailure::accessDenied},
-      {"ERROR_FILE_EXISTS", 80, OsFailure::alreadyExists},
-      {"ERROR_ALREADY_EXISTS", 183, OsFailure::alreadyExists},
-      {"ERROR_DIR_NOT_EMPTY", 145, OsFailure::notEmpty},
-      {"ERROR_DISK_FULL", 112, OsFailure::diskFull},
-      {"ERROR_NOT_ENOUGH_MEMORY", 8, OsFailure::outOfMemory},
-      {"ERROR_FILENAME_EXCED_RANGE", 206, OsFailure::invalidName},
-      {"ERROR_GEN_FAILURE", 31, OsFailure::failed},
-      {"E_FAIL", static_cast<int32_t>(0x80004005u), OsFailure::failed},
-  };
-  checkRows(rows, std::size(rows), [](int32_t code) {
-    return tav::os::statusFromWindowsError(static_cast<uint32_t>(code));
-  });
+  for (const tav::test::DataRow& row :
+       tav::test::readDataTable("core/windows_error_status.txt", 3)) {
+    SCOPED_TRACE(row.where + " " + row.str(0));
+    const auto code = static_cast<uint32_t>(row.number(1));
+    expectStatus(tav::os::statusFromWindowsError(code), static_cast<int32_t>(code), row.str(2));
+  }
 }
 
 }  // namespace
