@@ -31,7 +31,8 @@ class TavClConsoleUI;
 class TAV_API TavClArgvCursor : public TavClBiDirCursorABase {
  public:
   TavClArgvCursor(int argc, const char* const* argv);
-  // Over the arguments the console object was initialised with. Defined with the console object.
+  // Over the arguments the console object was initialised with. Defined with the console object,
+  // as are the console constructors of the two cursors below.
   explicit TavClArgvCursor(const TavClConsoleUI& console);
   TavClArgvCursor(const TavClArgvCursor&) = default;
   TavClArgvCursor& operator=(const TavClArgvCursor&) = default;
@@ -68,8 +69,7 @@ class TAV_API TavClArgvCursor : public TavClBiDirCursorABase {
 class TAV_API TavClArgvCheckCursor : public TavClArgvCursor {
  public:
   TavClArgvCheckCursor(int argc, const char* const* argv, const char* usage);
-  // Over the console object's arguments and its current usage string. Defined with the console
-  // object.
+  // Over the console object's arguments and its current usage string (getUsage()).
   explicit TavClArgvCheckCursor(const TavClConsoleUI& console);
   TavClArgvCheckCursor(const TavClArgvCheckCursor&) = default;
   TavClArgvCheckCursor& operator=(const TavClArgvCheckCursor&) = default;
@@ -97,6 +97,7 @@ class TAV_API TavClArgvCheckCursor : public TavClArgvCursor {
 class TAV_API TavClArgvFreeCursor : public TavClArgvCheckCursor {
  public:
   TavClArgvFreeCursor(int argc, const char* const* argv, const char* usage);
+  // Over the console object's arguments and its current usage string.
   explicit TavClArgvFreeCursor(const TavClConsoleUI& console);
   TavClArgvFreeCursor(const TavClArgvFreeCursor&) = default;
   TavClArgvFreeCursor& operator=(const TavClArgvFreeCursor&) = default;
