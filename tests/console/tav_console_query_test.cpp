@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -60,10 +61,15 @@ TEST(ConsoleQuery, NumericValues) {
     int asInt;
     short asShort;
   } cases[] = {
-      {"12", 12, 12, 12},    {"'-12", -12, -12, -12},
-      {"12abc", 12, 12, 12}, {"0x10", 0, 0, 0},
-      {"'-", 0, 0, 0},       {"70000", 70000, 70000, 4464},
-      {"'007", 7, 7, 7},     {"-32769", -32769, -32769, 32767},
+      {"12", 12, 12, 12},
+      {"'-12", -12, -12, -12},
+      {"12abc", 12, 12, 12},
+      {"0x10", 0, 0, 0},
+      {"'-", 0, 0, 0},
+      {"70000", 70000, 70000, 4464},
+      {"'007", 7, 7, 7},
+      {"-32769", -32769, -32769, 32767},
+      {"99999999999999999999999", LONG_MAX, static_cast<int>(LONG_MAX), -1},
   };
   for (const auto& row : cases) {
     SCOPED_TRACE(row.text);
