@@ -1,17 +1,40 @@
 // tav_console_test_support.h - consoles over argument lists written in a test, with their
-// output and error streams caught in temporary files.
+// output and error streams caught in temporary files, and the escapes of the case tables.
 
 #ifndef TAV_CONSOLE_TEST_SUPPORT_H
 #define TAV_CONSOLE_TEST_SUPPORT_H
 
 #include <cstdio>
-#include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "tav_console.h"
 
 namespace tav::test {
+
+// A table text with \n (line feed), \a (beep), \v (vertical bar, the tables' field separator)
+// and \" put in; a null field stays null.
+inline std::string unescape(const char* text) {
+  std::string result;
+  for (const char* c = text; c != nullptr && *c != '\0'; ++c) {
+    if (*c != '\\' || c[1] == '\0') {
+      result += *c;
+      continue;
+    }
+    ++c;
+    result += *c == 'n' ? '\n' : *c == 'a' ? '\a' : *c == 'v' ? '|' : *c;
+  }
+  return result;
+}
+
+// The words of a blank-separated list.
+inline std::vector<std::string> words(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> result;
+  for (std::string word; stream >> word;) result.push_back(word);
+  return result;
+}
 
 // An argument vector "tool" + the given arguments, owning its texts.
 class ArgumentList {
@@ -40,8 +63,7 @@ class CapturedStream {
   FILE* get() const { return file; }
   std::string text() const {
     std::fflush(file);
-    const long end = std::ftell(file);
-    std::string result(static_cast<size_t>(end), '\0');
+    std::string result(static_cast<size_t>(std::ftell(file)), '\0');
     std::rewind(file);
     result.resize(std::fread(&result[0], 1, result.size(), file));
     std::fseek(file, 0, SEEK_END);
@@ -52,8 +74,8 @@ class CapturedStream {
   FILE* file;
 };
 
-// A console over arguments, created without title or copyright (so construction writes
-// nothing), whose streams are the captured ones.
+// A console over arguments, created without title (so construction writes nothing), whose
+// streams are the captured ones.
 class CapturedConsole {
  public:
   explicit CapturedConsole(const std::vector<std::string>& arguments,
