@@ -1,0 +1,68 @@
+// tav_console_test_text.h - turning table fields into the texts the cursor tests walk.
+//
+// Usage strings need line feeds, tabs, double quotes and vertical bars, which a table line cannot
+// hold as they are; the tables write them as \n, \t and \xHH. Texts are copied into heap blocks
+// of exactly their length plus the terminator, so a read past the end is a read outside the
+// block, where AddressSanitizer sees it.
+
+#ifndef TAV_CONSOLE_TEST_TEXT_H
+#define TAV_CONSOLE_TEST_TEXT_H
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace tav::test {
+
+inline std::string unescape(const std::string& field) {
+  std::string text;
+  for (size_t i = 0; i < field.size(); ++i) {
+    if (field[i] != '\\' || i + 1 == field.size()) {
+      text += field[i];
+    } else if (field[i + 1] == 'n') {
+      text += '\n';
+      ++i;
+    } else if (field[i + 1] == 't') {
+      text += '\t';
+      ++i;
+    } else if (field[i + 1] == 'x' && i + 3 < field.size()) {
+      text += static_cast<char>(std::strtol(field.substr(i + 2, 2).c_str(), nullptr, 16));
+      i += 3;
+    } else {
+      text += field[i];
+    }
+  }
+  return text;
+}
+
+// A NUL-terminated copy in a block of exactly its size.
+inline std::unique_ptr<char[]> exactCopy(const std::string& text) {
+  std::unique_ptr<char[]> copy(new char[text.size() + 1]);
+  std::memcpy(copy.get(), text.c_str(), text.size() + 1);
+  return copy;
+}
+
+// An argument vector "prog" plus the blank-separated words of a field, each in its own block.
+class TestArgv {
+ public:
+  explicit TestArgv(const std::string& words) {
+    texts.push_back(exactCopy("prog"));
+    std::istringstream in(unescape(words));
+    for (std::string word; in >> word;) texts.push_back(exactCopy(word));
+    for (const auto& text : texts) pointers.push_back(text.get());
+    pointers.push_back(nullptr);
+  }
+  int argc() const { return static_cast<int>(texts.size()); }
+  const char* const* argv() const { return pointers.data(); }
+
+ private:
+  std::vector<std::unique_ptr<char[]>> texts;
+  std::vector<const char*> pointers;
+};
+
+}  // namespace tav::test
+
+#endif  // TAV_CONSOLE_TEST_TEXT_H
