@@ -22,14 +22,14 @@ TEST(ConsoleCatalog, UsageAndErrorLinesInTheUsersLanguage) {
   ASSERT_TRUE(kTableChosen);
   if (kLanguage == nullptr) GTEST_SKIP() << "run through ctest, which sets the language";
   const bool german = std::strcmp(kLanguage, "1031") == 0;
-  tav::test::CapturedConsole console({"-x"});
+  tav::test::CapturedConsole console("-x");
   char text[TAV_MSG_MAX_LENGTH + 1];
   console->getText(TAV_CONSOLE_TEXT_HELP_LETTERS, text, sizeof text);
   EXPECT_STREQ(text, "hH?");
   console->displayUsageHelp("[-v]", nullptr, false);
   EXPECT_EQ(console.out(), german
-                               ? "Aufruf: tool [-v]\n    Leider ist keine weitere Hilfe vorhanden\n"
-                               : "Usage: tool [-v]\n    Sorry, no additional help available\n");
+                               ? "Aufruf: prog [-v]\n    Leider ist keine weitere Hilfe vorhanden\n"
+                               : "Usage: prog [-v]\n    Sorry, no additional help available\n");
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
@@ -37,8 +37,8 @@ TEST(ConsoleCatalog, UsageAndErrorLinesInTheUsersLanguage) {
         console->handleUsageHelp("[-v]", nullptr);
       },
       testing::ExitedWithCode(201),
-      testing::HasSubstr(german ? "Unbekanntes Argument in der Befehlszeile: -x\nAufruf: tool"
-                                : "Unknown command line argument: -x\nUsage: tool"));
+      testing::HasSubstr(german ? "Unbekanntes Argument in der Befehlszeile: -x\nAufruf: prog"
+                                : "Unknown command line argument: -x\nUsage: prog"));
 }
 
 }  // namespace

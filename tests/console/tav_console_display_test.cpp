@@ -15,21 +15,21 @@ using tav::test::CapturedConsole;
 TEST(ConsoleDisplay, UsageAndHelp) {
   for (const auto& row : tav::test::readDataTable("console/usage_displays.txt", 5)) {
     SCOPED_TRACE(row.where);
-    CapturedConsole console({}, row.flag(3) ? "2026 The Makers" : nullptr);
+    CapturedConsole console("", row.flag(3) ? "2026 The Makers" : nullptr);
     if (row.str(2) == "hidden") console->hideTaggedLines();
     if (row.str(2) == "disabled") console->disableTaggedLines();
-    const std::string usage = tav::test::unescape(row.text(0));
-    const std::string help = tav::test::unescape(row.text(1));
+    const std::string usage = tav::test::unescape(row.str(0));
+    const std::string help = tav::test::unescape(row.str(1));
     console->displayUsageHelp(row.isNull[0] ? nullptr : usage.c_str(),
                               row.isNull[1] ? nullptr : help.c_str(), false);
-    EXPECT_EQ(console.out(), tav::test::unescape(row.text(4)));
+    EXPECT_EQ(console.out(), tav::test::unescape(row.str(4)));
     EXPECT_EQ(console.err(), "");
   }
 }
 
 // The title and the beep go to the console's output stream, which quiet mode silences.
 TEST(ConsoleDisplay, TitleAndOutputFacility) {
-  CapturedConsole console({});
+  CapturedConsole console("");
   FILE* out = console->getParams().getStandardOutput();
   console->displayTitle(nullptr, "no title, no subtitle");
   console->displayTitle("Title", nullptr);
@@ -39,7 +39,7 @@ TEST(ConsoleDisplay, TitleAndOutputFacility) {
   console->writeIndentation(out);
   console->beep();
   const std::string expected =
-      "\ntool - Title\n\ntool - Title - Subtitle\n\n*** A fatal error occurred ***\n    Text: \n"
+      "\nprog - Title\n\nprog - Title - Subtitle\n\n*** A fatal error occurred ***\n    Text: \n"
       "    \a";
   EXPECT_EQ(console.out(), expected);
   console->getParams().setQuietMode(true);

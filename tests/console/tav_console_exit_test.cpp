@@ -14,7 +14,7 @@
 
 namespace {
 
-using tav::test::ArgumentList;
+using tav::test::TestArgv;
 
 // The error stream as written: a Windows child writes its line feeds as "\r\n".
 std::string withoutCarriageReturns(std::string text) {
@@ -24,8 +24,8 @@ std::string withoutCarriageReturns(std::string text) {
 
 // Runs the action of a table row on a console whose output goes to the error stream.
 void runAction(const std::string& action, const std::string& arguments) {
-  const ArgumentList argumentList(tav::test::words(arguments));
-  TavClConsoleUI console(argumentList.count(), argumentList.vector());
+  const TestArgv argv(arguments);
+  TavClConsoleUI console(argv.argc(), argv.argv());
   console.getParams().redirectStreams(stderr, stderr);
   if (action == "validate-disabled") console.disableTaggedLines();
   if (action.rfind("validate", 0) == 0 || action == "require-validated") {
@@ -45,7 +45,7 @@ TEST(ConsoleExit, EveryPathEndsWithItsCodeAndItsReport) {
     SCOPED_TRACE(row.where + " " + row.str(0));
     EXPECT_EXIT(
         runAction(row.str(1), row.str(2)), testing::ExitedWithCode(static_cast<int>(row.number(3))),
-        testing::ResultOf(withoutCarriageReturns, testing::Eq(tav::test::unescape(row.text(4)))));
+        testing::ResultOf(withoutCarriageReturns, testing::Eq(tav::test::unescape(row.str(4)))));
   }
 }
 
@@ -55,15 +55,15 @@ TEST(ConsoleExit, BuiltInSwitches) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(
       {
-        const ArgumentList arguments({"-copyright"});
-        TavClConsoleUI console(arguments.count(), arguments.vector(), "Title", nullptr, "c", "1");
+        const TestArgv argv("-copyright");
+        TavClConsoleUI console(argv.argc(), argv.argv(), "Title", nullptr, "c", "1");
         std::exit(99);
       },
       testing::ExitedWithCode(0), "");
   EXPECT_EXIT(
       {
-        const ArgumentList arguments({"-quiet", "-v"});
-        TavClConsoleUI console(arguments.count(), arguments.vector(), 150ul, 4000000000ul, "c");
+        const TestArgv argv("-quiet -v");
+        TavClConsoleUI console(argv.argc(), argv.argv(), 150ul, 4000000000ul, "c");
         console.handleUsageHelp("[-v]", nullptr);
         std::exit(console.getParams().isQuietMode() ? 7 : 8);
       },
