@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 bash scripts/install-deps.sh demo
 cmake -S . -B out/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF >/dev/null
-cmake --build out/demo --target tav_demo tav_trace_demo
+cmake --build out/demo --target tav_demo tav_trace_demo tav_console_demo
 echo
 ./out/demo/bin/tav_demo
 
@@ -22,3 +22,14 @@ echo "--- the trace in the default format"
 echo
 echo "--- the trace one line a record, indented by function nesting"
 ./out/demo/bin/tav_trace_demo --nested "$trace_file"
+
+echo
+echo "--- a command-line tool: tav_console_demo -h"
+code=0
+./out/demo/bin/tav_console_demo -h || code=$?
+echo "exit code: $code"
+echo
+echo "--- tav_console_demo -o out.txt -x (an argument the usage does not allow)"
+code=0
+./out/demo/bin/tav_console_demo -o out.txt -x 2>&1 || code=$?
+echo "exit code: $code"

@@ -1,0 +1,73 @@
+// The paths that end the process, each run in a child process (this test program run again):
+// the exit code and the whole text on the error stream, from tests/data/console/exits.txt.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <string>
+
+#include "tav_console.h"
+#include "tav_console_test_support.h"
+#include "tav_test_data.h"
+
+namespace {
+
+using tav::test::TestArgv;
+
+// The error stream as written: a Windows child writes its line feeds as "\r\n".
+std::string withoutCarriageReturns(std::string text) {
+  text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+  return text;
+}
+
+// Runs the action of a table row on a console whose output goes to the error stream.
+void runAction(const std::string& action, const std::string& arguments) {
+  const TestArgv argv(arguments);
+  TavClConsoleUI console(argv.argc(), argv.argv());
+  console.getParams().redirectStreams(stderr, stderr);
+  if (action == "validate-disabled") console.disableTaggedLines();
+  if (action.rfind("validate", 0) == 0 || action == "require-validated") {
+    console.handleUsageHelp("[-v] (-o <file>) <input>\n![-debug]", "Help.");
+  }
+  const char* text = nullptr;
+  int number = 0;
+  if (action == "string") console.hasArgString('f', text);
+  if (action == "number") console.hasArgNumval("f", number);
+  if (action == "require" || action == "require-validated") console.reqArgString("-o", text);
+  if (action == "require-id") console.reqArgNumval(156ul, number);
+}
+
+TEST(ConsoleExit, EveryPathEndsWithItsCodeAndItsReport) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  for (const auto& row : tav::test::readDataTable("console/exits.txt", 5)) {
+    SCOPED_TRACE(row.where + " " + row.str(0));
+    EXPECT_EXIT(
+        runAction(row.str(1), row.str(2)), testing::ExitedWithCode(static_cast<int>(row.number(3))),
+        testing::ResultOf(withoutCarriageReturns, testing::Eq(tav::test::unescape(row.str(4)))));
+  }
+}
+
+// "-copyright" ends the construction with 0; "-quiet" silences the title and is allowed by any
+// usage.
+TEST(ConsoleExit, BuiltInSwitches) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        const TestArgv argv("-copyright");
+        TavClConsoleUI console(argv.argc(), argv.argv(), "Title", nullptr, "c", "1");
+        std::exit(99);
+      },
+      testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        const TestArgv argv("-quiet -v");
+        TavClConsoleUI console(argv.argc(), argv.argv(), 150ul, 4000000000ul, "c");
+        console.handleUsageHelp("[-v]", nullptr);
+        std::exit(console.getParams().isQuietMode() ? 7 : 8);
+      },
+      testing::ExitedWithCode(7), "");
+}
+
+}  // namespace
