@@ -5,6 +5,11 @@
 // program name, is added). Checked: the tokens a walk stands on (offset, parenthesis depth,
 // tag), that every walk ends on the terminator, the value rules of every switch token, the
 // classification of every argument and the arguments the free-argument cursor visits.
+//
+// Then the console object validates the same arguments against the same usage, with tagged lines
+// disabled when the input has an odd length. Validation that fails ends the process, which the
+// fuzzer would report, so it runs only for argument vectors that the rules predict to be valid:
+// it must return, and every switch given must then be found.
 
 #include <cstddef>
 #include <cstdint>
@@ -16,6 +21,7 @@
 
 #include "fuzz_input.h"
 #include "tav_argv.h"
+#include "tav_console.h"
 
 namespace {
 
@@ -212,7 +218,45 @@ void checkArguments(const Reference& ref, int argc, const char* const* argv) {
   if (n != 0) fail("the free cursor misses arguments backward", ref.usage, n);
 }
 
+// The console's validation as the rules state it: no help switch, every argument legal (or the
+// quiet switch), nothing tagged when tagged lines are disabled, no switch given twice.
+bool predictValid(const Reference& ref, int argc, const char* const* argv, bool taggedDisabled) {
+  for (int i = 1; i < argc; ++i) {
+    const char* arg = argv[i];
+    if (std::strcmp(arg, "-h") == 0 || std::strcmp(arg, "-H") == 0 || std::strcmp(arg, "-?") == 0) {
+      return false;
+    }
+    const Classes c = referenceClasses(ref, argc, argv, i);
+    if (!c.legal && std::strcmp(arg, "-quiet") != 0) return false;
+    if (taggedDisabled && c.tagged) return false;
+    for (int j = i + 1; j < argc && c.isSwitch; ++j) {
+      if (std::strcmp(argv[j], arg) == 0) return false;
+    }
+  }
+  return true;
+}
+
+void checkValidation(const Reference& ref, int argc, const char* const* argv, bool taggedDisabled) {
+  if (ref.usage[0] == '\0' || !predictValid(ref, argc, argv, taggedDisabled)) return;
+  TavClConsoleUI console(argc, argv);
+  console.getParams().redirectStreams(nullptr, nullptr);
+  if (taggedDisabled) console.disableTaggedLines();
+  console.handleUsageHelp(ref.usage);
+  for (int i = 1; i < argc; ++i) {
+    if (isSwitch(argv[i]) && !console.hasArgSwitch(argv[i])) {
+      tav_fuzz::PrintQuoted("argument:", argv[i]);
+      fail("a valid switch is not found", ref.usage, static_cast<std::size_t>(i));
+    }
+  }
+}
+
 }  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  // The switch names and texts of the console from the library's own table, whatever the locale.
+  TavClConsoleUI::useBuiltInStringTable(true);
+  return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size > kMaxInputSize) return 0;
@@ -227,5 +271,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Reference ref{fields[0].get(), referenceTokens(fields[0].get())};
   checkTokens(ref);
   checkArguments(ref, argc, argv.data());
+  checkValidation(ref, argc, argv.data(), size % 2 == 1);
   return 0;
 }
