@@ -133,6 +133,10 @@ class TAV_API TavClConsoleUI {
   void handleUsageHelp(const char* usage, const char* help = nullptr);
   // The same with the texts taken from the catalog; a help id the catalog lacks means no help.
   void handleUsageHelp(unsigned long usageId, unsigned long helpId);
+  // The validation step of handleUsageHelp without its end: an error line on the standard error
+  // stream for every fault of the arguments against the current usage string, and their count.
+  // With the empty default usage nothing is checked.
+  unsigned long checkArguments() const;
   // Sets the texts, shows the usage, then the help; ends with 201 when exitAfter is set.
   void displayUsageHelp(const char* usage, const char* help, bool exitAfter);
   void displayUsage(bool exitAfter) const;
@@ -221,7 +225,6 @@ class TAV_API TavClConsoleUI {
   void handleBuiltInSwitches(const char* title, const char* subtitle, const char* copyright,
                              const char* level);
   void setUsage(const char* usage, const char* help);
-  void validateArguments() const;
   [[noreturn]] void displayCopyright(const char* copyright, const char* level) const;
   void display(FILE* stream, const char* text, unsigned int indentation, bool usage) const;
   [[noreturn]] void privateFatal(unsigned long code, unsigned long offset,

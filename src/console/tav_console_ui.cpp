@@ -134,7 +134,7 @@ void TavClConsoleUI::handleUsageHelp(const char* usage, const char* help) {
       displayHelp(true);
     }
   }
-  if (params->hasUsage()) validateArguments();
+  if (checkArguments() != 0) displayUsage(true);
 }
 
 void TavClConsoleUI::handleUsageHelp(unsigned long usageId, unsigned long helpId) {
@@ -150,7 +150,8 @@ void TavClConsoleUI::displayUsageHelp(const char* usage, const char* help, bool 
 }
 
 // Reports every fault before the process ends, so one run shows the user all of them.
-void TavClConsoleUI::validateArguments() const {
+unsigned long TavClConsoleUI::checkArguments() const {
+  if (!params->hasUsage()) return 0;
   const ConsoleText quiet(*this, TAV_CONSOLE_TEXT_QUIET_SWITCH);
   const ConsoleText unknown(*this, TAV_CONSOLE_TEXT_UNKNOWN_ARGUMENT);
   const ConsoleText notAllowed(*this, TAV_CONSOLE_TEXT_ARGUMENT_NOT_ALLOWED);
@@ -179,5 +180,5 @@ void TavClConsoleUI::validateArguments() const {
       }
     }
   }
-  if (errors != 0) displayUsage(true);
+  return errors;
 }

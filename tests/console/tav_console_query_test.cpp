@@ -122,6 +122,12 @@ TEST(ConsoleValidation, AllowedArgumentsLetTheProgramGoOn) {
       EXPECT_TRUE(freeArgument.isLegal());
     }
   }
+  // The check alone counts the faults and lets the program go on.
+  CapturedConsole console("-x -v -y");
+  console->displayUsageHelp("[-v]", nullptr, false);
+  EXPECT_EQ(console->checkArguments(), 2u);
+  EXPECT_EQ(console.err(),
+            "    Unknown command line argument: -x\n    Unknown command line argument: -y\n");
 }
 
 }  // namespace
