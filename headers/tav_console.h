@@ -83,8 +83,9 @@ class TAV_API TavClConsoleUIParams : public TavClMemoryManagedObject {
   bool areTaggedLinesHidden() const { return taggedLinesHidden; }
   bool areTaggedLinesDisabled() const { return taggedLinesDisabled; }
 
-  // The standard output and error streams (stdout and stderr unless redirected), and the
-  // console's output stream: the standard output, or null in quiet mode.
+  // The standard output and error streams (stdout and stderr unless redirected; a null stream
+  // drops what would go there), and the console's output stream: the standard output, or null
+  // in quiet mode.
   void redirectStreams(FILE* output, FILE* error) {
     standardOutput = output;
     standardError = error;
@@ -204,7 +205,7 @@ class TAV_API TavClConsoleUI {
   // is written); the console's own output goes to getParams().getConsoleOutput().
   // A header line: the console text at offset, framed.
   void writeHeaderLine(FILE* stream, unsigned long offset) const;
-  // An indented line: the text, and the argument after it.
+  // An indented line: the text, and the argument after it (after a colon, when there is one).
   void writeMessageLine(FILE* stream, const char* text, const char* argument) const;
   // The indentation that starts an indented line.
   void writeIndentation(FILE* stream) const;
