@@ -11,7 +11,7 @@ namespace {
 // Process-wide choice for consoles created later; see useBuiltInStringTable.
 bool gs_fUseBuiltInStringTable = false;
 
-// A switch name from the catalog, kept while the check runs.
+// A console text from the catalog (a switch name, an error line), kept while it is used.
 class ConsoleText {
  public:
   ConsoleText(const TavClConsoleUI& console, unsigned long offset) {
@@ -25,6 +25,7 @@ class ConsoleText {
 
 }  // namespace
 
+// The cursors over the arguments of a console, defined beside the console they read.
 TavClArgvCursor::TavClArgvCursor(const TavClConsoleUI& console)
     : TavClArgvCursor(console.getArgumentCount(), console.getArgumentVector()) {}
 
