@@ -5,9 +5,11 @@
 //     -name           a switch token                 <text words>   a placeholder token
 //     blank + word    a bare word token              ..., ..        an ellipsis token
 //     ( )             a switch inside takes a value  [ ]            optional part (counted only)
-//     !               the rest of the line is tagged "..."          shown, never parsed
+//     !               the rest of the line is tagged "text"         shown, never parsed
 // A bare word counts only when a blank stands before it. A switch is an argument whose first
 // character is '-' and whose second is not a decimal digit, so "-5" is a value, "-" a switch.
+// A '/' or a '-' before a digit is a token that is never a switch, and a single '.' hides the
+// character after it: put such text in double quotes.
 //
 // TavClArgvCursor walks argv[1] .. argv[argc-1]; TavClArgvCheckCursor classifies the argument it
 // stands on against a usage string; TavClArgvFreeCursor visits only the free arguments (neither

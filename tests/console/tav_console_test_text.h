@@ -1,4 +1,4 @@
-// tav_console_test_text.h - turning table fields into the texts the cursor tests walk.
+// tav_console_test_text.h - turning table fields into the texts the console tests walk.
 //
 // Usage strings need line feeds, tabs, double quotes and vertical bars, which a table line cannot
 // hold as they are; the tables write them as \n, \t and \xHH. Texts are copied into heap blocks
@@ -20,17 +20,13 @@ namespace tav::test {
 inline std::string unescape(const std::string& field) {
   std::string text;
   for (size_t i = 0; i < field.size(); ++i) {
-    if (field[i] != '\\' || i + 1 == field.size()) {
-      text += field[i];
-    } else if (field[i + 1] == 'n') {
-      text += '\n';
-      ++i;
-    } else if (field[i + 1] == 't') {
-      text += '\t';
-      ++i;
-    } else if (field[i + 1] == 'x' && i + 3 < field.size()) {
+    const char next = i + 1 < field.size() && field[i] == '\\' ? field[i + 1] : '\0';
+    if (next == 'x' && i + 3 < field.size()) {
       text += static_cast<char>(std::strtol(field.substr(i + 2, 2).c_str(), nullptr, 16));
       i += 3;
+    } else if (next == 'n' || next == 't') {
+      text += next == 'n' ? '\n' : '\t';
+      ++i;
     } else {
       text += field[i];
     }
@@ -49,8 +45,7 @@ inline std::unique_ptr<char[]> exactCopy(const std::string& text) {
 class TestArgv {
  public:
   explicit TestArgv(const std::string& words) {
-    texts.push_back(exactCopy("prog"));
-    std::istringstream in(unescape(words));
+    std::istringstream in("prog " + unescape(words));
     for (std::string word; in >> word;) texts.push_back(exactCopy(word));
     for (const auto& text : texts) pointers.push_back(text.get());
     pointers.push_back(nullptr);
