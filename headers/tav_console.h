@@ -83,8 +83,9 @@ class TAV_API TavClConsoleUIParams : public TavClMemoryManagedObject {
   bool areTaggedLinesHidden() const { return taggedLinesHidden; }
   bool areTaggedLinesDisabled() const { return taggedLinesDisabled; }
 
-  // The standard output and error streams (stdout and stderr unless redirected), and the
-  // console's output stream: the standard output, or null in quiet mode.
+  // The standard output and error streams (stdout and stderr unless redirected; a null stream
+  // drops what would go there), and the console's output stream: the standard output, or null
+  // in quiet mode.
   void redirectStreams(FILE* output, FILE* error) {
     standardOutput = output;
     standardError = error;
@@ -133,6 +134,10 @@ class TAV_API TavClConsoleUI {
   void handleUsageHelp(const char* usage, const char* help = nullptr);
   // The same with the texts taken from the catalog; a help id the catalog lacks means no help.
   void handleUsageHelp(unsigned long usageId, unsigned long helpId);
+  // The validation step of handleUsageHelp without its end: an error line on the standard error
+  // stream for every fault of the arguments against the current usage string, and their count.
+  // With the empty default usage nothing is checked.
+  unsigned long checkArguments() const;
   // Sets the texts, shows the usage, then the help; ends with 201 when exitAfter is set.
   void displayUsageHelp(const char* usage, const char* help, bool exitAfter);
   void displayUsage(bool exitAfter) const;
@@ -200,7 +205,7 @@ class TAV_API TavClConsoleUI {
   // is written); the console's own output goes to getParams().getConsoleOutput().
   // A header line: the console text at offset, framed.
   void writeHeaderLine(FILE* stream, unsigned long offset) const;
-  // An indented line: the text, and the argument after it.
+  // An indented line: the text, and the argument after it (after a colon, when there is one).
   void writeMessageLine(FILE* stream, const char* text, const char* argument) const;
   // The indentation that starts an indented line.
   void writeIndentation(FILE* stream) const;
@@ -221,7 +226,6 @@ class TAV_API TavClConsoleUI {
   void handleBuiltInSwitches(const char* title, const char* subtitle, const char* copyright,
                              const char* level);
   void setUsage(const char* usage, const char* help);
-  void validateArguments() const;
   [[noreturn]] void displayCopyright(const char* copyright, const char* level) const;
   void display(FILE* stream, const char* text, unsigned int indentation, bool usage) const;
   [[noreturn]] void privateFatal(unsigned long code, unsigned long offset,

@@ -52,9 +52,7 @@ void TavClConsoleUI::fatalMissingArg(const char* key) const {
   getText(TAV_CONSOLE_TEXT_MISSING_SWITCH, text, sizeof text);
   writeMessageLine(error, text, name);
   getText(TAV_CONSOLE_TEXT_HELP_HINT, text, sizeof text);
-  writeIndentation(error);
-  std::fprintf(error, "%s\n", text);
-  std::fflush(error);
+  writeMessageLine(error, text, nullptr);
   displayUsage(true);
   std::abort();  // not reached: the usage display with the exit flag ends the process
 }

@@ -24,7 +24,11 @@ void TavClConsoleUI::writeHeaderLine(FILE* stream, unsigned long offset) const {
 void TavClConsoleUI::writeMessageLine(FILE* stream, const char* text, const char* argument) const {
   if (stream == nullptr) return;
   writeIndentation(stream);
-  std::fprintf(stream, "%s: %s\n", text, argument != nullptr ? argument : "");
+  if (argument != nullptr) {
+    std::fprintf(stream, "%s: %s\n", text, argument);
+  } else {
+    std::fprintf(stream, "%s\n", text);
+  }
   std::fflush(stream);
 }
 

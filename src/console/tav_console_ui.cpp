@@ -11,7 +11,7 @@ namespace {
 // Process-wide choice for consoles created later; see useBuiltInStringTable.
 bool gs_fUseBuiltInStringTable = false;
 
-// A switch name from the catalog, kept while the check runs.
+// A console text from the catalog (a switch name, an error line), kept while it is used.
 class ConsoleText {
  public:
   ConsoleText(const TavClConsoleUI& console, unsigned long offset) {
@@ -25,6 +25,7 @@ class ConsoleText {
 
 }  // namespace
 
+// The cursors over the arguments of a console, defined beside the console they read.
 TavClArgvCursor::TavClArgvCursor(const TavClConsoleUI& console)
     : TavClArgvCursor(console.getArgumentCount(), console.getArgumentVector()) {}
 
@@ -134,7 +135,7 @@ void TavClConsoleUI::handleUsageHelp(const char* usage, const char* help) {
       displayHelp(true);
     }
   }
-  if (params->hasUsage()) validateArguments();
+  if (checkArguments() != 0) displayUsage(true);
 }
 
 void TavClConsoleUI::handleUsageHelp(unsigned long usageId, unsigned long helpId) {
@@ -150,7 +151,8 @@ void TavClConsoleUI::displayUsageHelp(const char* usage, const char* help, bool 
 }
 
 // Reports every fault before the process ends, so one run shows the user all of them.
-void TavClConsoleUI::validateArguments() const {
+unsigned long TavClConsoleUI::checkArguments() const {
+  if (!params->hasUsage()) return 0;
   const ConsoleText quiet(*this, TAV_CONSOLE_TEXT_QUIET_SWITCH);
   const ConsoleText unknown(*this, TAV_CONSOLE_TEXT_UNKNOWN_ARGUMENT);
   const ConsoleText notAllowed(*this, TAV_CONSOLE_TEXT_ARGUMENT_NOT_ALLOWED);
@@ -179,5 +181,5 @@ void TavClConsoleUI::validateArguments() const {
       }
     }
   }
-  if (errors != 0) displayUsage(true);
+  return errors;
 }

@@ -39,7 +39,7 @@ TEST(ConsoleDisplay, TitleAndOutputFacility) {
   console->writeIndentation(out);
   console->beep();
   const std::string expected =
-      "\nprog - Title\n\nprog - Title - Subtitle\n\n*** A fatal error occurred ***\n    Text: \n"
+      "\nprog - Title\n\nprog - Title - Subtitle\n\n*** A fatal error occurred ***\n    Text\n"
       "    \a";
   EXPECT_EQ(console.out(), expected);
   console->getParams().setQuietMode(true);
@@ -47,6 +47,11 @@ TEST(ConsoleDisplay, TitleAndOutputFacility) {
   console->beep();
   console->writeMessageLine(console->getParams().getConsoleOutput(), "Text", "argument");
   EXPECT_EQ(console.out(), expected);
+  // Null streams drop the displays.
+  console->getParams().redirectStreams(nullptr, nullptr);
+  console->displayUsageHelp("[-v]", "help", false);
+  console->writeHeaderLine(nullptr, TAV_CONSOLE_TEXT_FATAL_HEADER);
+  EXPECT_EQ(console.out() + console.err(), expected);
 }
 
 }  // namespace
