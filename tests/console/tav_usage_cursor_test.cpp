@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tav_argv.h"
-#include "tav_console_test_text.h"
+#include "tav_console_test_support.h"
 #include "tav_test_data.h"
 
 namespace {
