@@ -6,10 +6,11 @@
 // tag), that every walk ends on the terminator, the value rules of every switch token, the
 // classification of every argument and the arguments the free-argument cursor visits.
 //
-// Then the console object validates the same arguments against the same usage, with tagged lines
-// disabled when the input has an odd length. Validation that fails ends the process, which the
-// fuzzer would report, so it runs only for argument vectors that the rules predict to be valid:
-// it must return, and every switch given must then be found.
+// Then the console object checks the same arguments against the same usage, with tagged lines
+// disabled when the input has an odd length: the faults it counts must be those the rules
+// predict. Validation that fails ends the process, which the fuzzer would report, so the whole
+// validation runs only for argument vectors without faults: it must return, and every switch
+// given must then be found.
 
 #include <cstddef>
 #include <cstdint>
@@ -218,29 +219,46 @@ void checkArguments(const Reference& ref, int argc, const char* const* argv) {
   if (n != 0) fail("the free cursor misses arguments backward", ref.usage, n);
 }
 
-// The console's validation as the rules state it: no help switch, every argument legal (or the
-// quiet switch), nothing tagged when tagged lines are disabled, no switch given twice.
-bool predictValid(const Reference& ref, int argc, const char* const* argv, bool taggedDisabled) {
+// The faults the console's validation reports, counted as the rules state them: an argument that
+// is neither legal nor the quiet switch is one fault (and nothing more is checked for it); a
+// tagged argument is one when tagged lines are disabled; a switch is one more for every later
+// argument that is the same switch.
+unsigned long referenceFaults(const Reference& ref, int argc, const char* const* argv,
+                              bool taggedDisabled) {
+  unsigned long faults = 0;
   for (int i = 1; i < argc; ++i) {
     const char* arg = argv[i];
-    if (std::strcmp(arg, "-h") == 0 || std::strcmp(arg, "-H") == 0 || std::strcmp(arg, "-?") == 0) {
-      return false;
-    }
     const Classes c = referenceClasses(ref, argc, argv, i);
-    if (!c.legal && std::strcmp(arg, "-quiet") != 0) return false;
-    if (taggedDisabled && c.tagged) return false;
+    if (!c.legal && std::strcmp(arg, "-quiet") != 0) {
+      ++faults;
+      continue;
+    }
+    if (taggedDisabled && c.tagged) ++faults;
     for (int j = i + 1; j < argc && c.isSwitch; ++j) {
-      if (std::strcmp(argv[j], arg) == 0) return false;
+      if (isSwitch(argv[j]) && std::strcmp(argv[j], arg) == 0) ++faults;
     }
   }
-  return true;
+  return faults;
 }
 
+// Every argument vector goes through the check that counts the faults without ending the
+// process; its report lines go to a null stream. Arguments without faults and without a help
+// switch then pass the whole validation, which must return and find every switch given.
 void checkValidation(const Reference& ref, int argc, const char* const* argv, bool taggedDisabled) {
-  if (ref.usage[0] == '\0' || !predictValid(ref, argc, argv, taggedDisabled)) return;
   TavClConsoleUI console(argc, argv);
   console.getParams().redirectStreams(nullptr, nullptr);
   if (taggedDisabled) console.disableTaggedLines();
+  console.displayUsageHelp(ref.usage, nullptr, false);
+  const unsigned long expected =
+      ref.usage[0] == '\0' ? 0 : referenceFaults(ref, argc, argv, taggedDisabled);
+  if (console.checkArguments() != expected) fail("the fault count differs", ref.usage, expected);
+  for (int i = 1; i < argc; ++i) {
+    if (std::strcmp(argv[i], "-h") == 0 || std::strcmp(argv[i], "-H") == 0 ||
+        std::strcmp(argv[i], "-?") == 0) {
+      return;
+    }
+  }
+  if (expected != 0 || ref.usage[0] == '\0') return;
   console.handleUsageHelp(ref.usage);
   for (int i = 1; i < argc; ++i) {
     if (isSwitch(argv[i]) && !console.hasArgSwitch(argv[i])) {
