@@ -26,9 +26,9 @@ void expectQueries(CapturedConsole& console, Key key, const tav::test::DataRow& 
   EXPECT_EQ(console->hasArgSwitch(key), present);
   if (!present || string) EXPECT_EQ(console->hasArgString(key, value), string);
   if (!present || number) {
-    EXPECT_EQ(console->hasArgNumval(key, asLong), number);
-    EXPECT_EQ(console->hasArgNumval(key, asInt), number);
-    EXPECT_EQ(console->hasArgNumval(key, asShort), number);
+    const int found = console->hasArgNumval(key, asLong) + console->hasArgNumval(key, asInt) +
+                      console->hasArgNumval(key, asShort);
+    EXPECT_EQ(found, number ? 3 : 0);
   }
   if (present) console->reqArgSwitch(key);
   if (string) console->reqArgString(key, value);
