@@ -24,7 +24,9 @@ void expectQueries(CapturedConsole& console, Key key, const tav::test::DataRow& 
   int asInt = 1;
   short asShort = 1;
   EXPECT_EQ(console->hasArgSwitch(key), present);
-  if (!present || string) EXPECT_EQ(console->hasArgString(key, value), string);
+  if (!present || string) {
+    EXPECT_EQ(console->hasArgString(key, value), string);
+  }
   if (!present || number) {
     const int found = console->hasArgNumval(key, asLong) + console->hasArgNumval(key, asInt) +
                       console->hasArgNumval(key, asShort);
