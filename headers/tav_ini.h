@@ -258,6 +258,11 @@ class TAV_API TavClIniFileOptionCursor : public TavClUniDirCursorABase {
 // left as they are, and blanks at either end of a value unquoted. saveAtomic() writes so that
 // loading the file again gives back exactly the same model, into a temporary file in the same
 // directory that then replaces the target, so a crash leaves either the old or the new file.
+// It quotes values with blanks at either end, a double quote (escaped), an apostrophe, "$(",
+// a ';' or a control character, keeps empty values, and spreads a value too long for one line
+// over continuation lines (load such a file with continuation allowed). It returns false and
+// leaves the file as it was when a write fails or the model holds a name or comment that no
+// line reads back as written (e.g. an option name with blanks added through addOption).
 class TAV_API TavClIniFileSave : public TavClIniFile {
  public:
   explicit TavClIniFileSave(const TavClFilenameABase& name);

@@ -27,8 +27,10 @@ class IniSave : public ::testing::Test {
 
   std::string path(const char* name) const { return (directory / name).string(); }
 
+  // In text mode: the plain save writes through a text stream, which ends lines with CR LF on
+  // Windows.
   static std::string read(const std::string& name) {
-    std::ifstream in(name, std::ios::binary);
+    std::ifstream in(name);
     std::ostringstream text;
     text << in.rdbuf();
     return text.str();
