@@ -272,7 +272,8 @@ class TAV_API TavClIniFileSave : public TavClIniFile {
   bool save(std::ofstream& out);
   bool saveAtomic();
 
- private:
+  // The writers of single lines, for classes that write further typed entries. Each opens the
+  // object's own stream first when no save has, and returns the stream's state.
   bool saveSection(std::ofstream& out, const char* name, const char* comment);
   bool saveOption(std::ofstream& out, const char* name, const char* value, const char* comment);
   bool saveOption(std::ofstream& out, const char* name, char value, const char* comment);
@@ -284,6 +285,8 @@ class TAV_API TavClIniFileSave : public TavClIniFile {
   void saveOption(std::ofstream& out, const char* name);
   void saveChar(std::ofstream& out, char c) const;
   void saveComment(std::ofstream& out, const char* comment) const;
+
+ private:
   void openOwnStream();
 
   std::ofstream stream;

@@ -174,3 +174,42 @@ TEST_F(IniSave, FailedAtomicSaveLeavesTheOldFile) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(IniSave, TypedWritersWriteOneLineEach) {
+  const std::string name = path("typed.ini");
+  // The writers open the model's own file first, which stays empty here.
+  TavClIniFileSave model{TavClFilename(path("model.ini").c_str())};
+  std::ofstream file(name);
+  EXPECT_TRUE(model.saveSection(file, "S", "c"));
+  EXPECT_TRUE(model.saveOption(file, "c", '\x01', nullptr));  // leaves the stream in hexadecimal
+  EXPECT_TRUE(model.saveOption(file, "i", -12, ""));
+  EXPECT_TRUE(model.saveOption(file, "u", 255u, nullptr));
+  EXPECT_TRUE(model.saveOption(file, "l", -70000L, "n"));
+  EXPECT_TRUE(model.saveOption(file, "ul", 4000000000UL, nullptr));
+  EXPECT_TRUE(model.saveOption(file, "q", '\'', nullptr));
+  EXPECT_TRUE(model.saveOptionBool(file, "t", true, nullptr));
+  EXPECT_TRUE(model.saveOptionBool(file, "f", false, nullptr));
+  EXPECT_TRUE(model.saveOption(file, "s", "x", nullptr));
+  file.close();
+  EXPECT_EQ(read(name),
+            "\n[S]\t; c\nc= '\\x01'\ni= -12\nu= 255\nl= -70000\t; n\nul= 4000000000\nq= '''\n"
+            "t= ON\nf= OFF\ns= x\n");
+
+  // The typed values read back through the parser's own rules.
+  TavClIniFile again{TavClFilename(name.c_str())};
+  ASSERT_TRUE(again.load(false));
+  ASSERT_TRUE(again.getSection("S"));
+  char c = 0;
+  long l = 0;
+  bool flag = false;
+  ASSERT_TRUE(again.getOption("c", c));
+  EXPECT_EQ(c, '\x01');
+  ASSERT_TRUE(again.getOption("l", l));
+  EXPECT_EQ(l, -70000L);
+  ASSERT_TRUE(again.getOptionBool("f", flag));
+  EXPECT_FALSE(flag);
+}
+
+}  // namespace
