@@ -196,20 +196,6 @@ TEST_F(IniSave, TypedWritersWriteOneLineEach) {
   EXPECT_EQ(read(name),
             "\n[S]\t; c\nc= '\\x01'\ni= -12\nu= 255\nl= -70000\t; n\nul= 4000000000\nq= '''\n"
             "t= ON\nf= OFF\ns= x\n");
-
-  // The typed values read back through the parser's own rules.
-  TavClIniFile again{TavClFilename(name.c_str())};
-  ASSERT_TRUE(again.load(false));
-  ASSERT_TRUE(again.getSection("S"));
-  char c = 0;
-  long l = 0;
-  bool flag = false;
-  ASSERT_TRUE(again.getOption("c", c));
-  EXPECT_EQ(c, '\x01');
-  ASSERT_TRUE(again.getOption("l", l));
-  EXPECT_EQ(l, -70000L);
-  ASSERT_TRUE(again.getOptionBool("f", flag));
-  EXPECT_FALSE(flag);
 }
 
 }  // namespace

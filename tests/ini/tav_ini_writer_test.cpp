@@ -33,26 +33,6 @@ struct PlainRow {
   const char* written;
 };
 
-TEST(IniWriterRules, PlainFormatQuotesOnlyForSemicolonOrControlCharacter) {
-  const PlainRow rows[] = {
-      {"1", "c", "a= 1\t; c\n"},
-      {"1", "", "a= 1\n"},
-      {"1", nullptr, "a= 1\n"},
-      {"x;y", "", "a= \"x;y\"\n"},
-      {"x\ty", "", "a= \"x\\ty\"\n"},
-      {" blank ", "", "a=  blank \n"},              // blanks at the ends stay unquoted
-      {"say \"hi\";", "", "a= \"say \"hi\";\"\n"},  // the double quote stays bare
-      {"it's $(HOME)", "", "a= it's $(HOME)\n"},
-      {"", "dropped", ""},
-  };
-  for (const PlainRow& row : rows) {
-    SCOPED_TRACE(row.value);
-    std::ostringstream out;
-    tav::ini::writePlainOption(out, "a", row.value, row.comment);
-    EXPECT_EQ(out.str(), row.written);
-  }
-}
-
 TEST(IniWriterRules, ExactFormatQuotesWhatTheParserWouldChange) {
   const PlainRow rows[] = {
       {"plain", "", "a= plain\n"},
