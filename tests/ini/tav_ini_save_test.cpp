@@ -109,20 +109,9 @@ TEST_F(IniSave, AtomicSaveReadsBackEveryValueExactly) {
   const std::string name = path("exact.ini");
   TavClIniFileSave model{TavClFilename(name.c_str())};
   model.addSection("S");
-  const char* const values[] = {"",
-                                " lead",
-                                "trail ",
-                                "say \"hi\"",
-                                "it's",
-                                "$(HOME)/bin",
-                                "x;y",
-                                "\x01"
-                                "7",
-                                "\x1b[0m",
-                                "\\x41",
-                                "'q'",
-                                "\t\r\n",
-                                "a\"b'c;d$(e"};
+  const char* const values[] = {
+      "",      " lead",   "trail ", "say \"hi\"", "it's",   "$(HOME)/bin", "x;y",
+      "\0017", "\x1b[0m", "\\x41",  "'q'",        "\t\r\n", "a\"b'c;d$(e"};
   int index = 0;
   for (const char* value : values) {
     ASSERT_TRUE(model.addOption("S", ("v" + std::to_string(index++)).c_str(), value));

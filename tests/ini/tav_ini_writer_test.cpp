@@ -46,9 +46,7 @@ TEST(IniWriterRules, ExactFormatQuotesWhatTheParserWouldChange) {
       {"cost $5", "", "a= cost $5\n"},
       {"x;y", "c", "a= \"x;y\"\t; c\n"},
       {"back\\slash", "", "a= back\\slash\n"},
-      {"\x01"
-       "7",
-       "", "a= \"\\x01\"\"7\"\n"},  // the digit must not extend the escape
+      {"\0017", "", "a= \"\\x01\"\"7\"\n"},  // the digit must not extend the escape
       {"\x01g", "", "a= \"\\x01g\"\n"},
       {"\t1", "", "a= \"\\t1\"\n"},
   };
