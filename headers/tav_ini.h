@@ -258,6 +258,11 @@ class TAV_API TavClIniFileOptionCursor : public TavClUniDirCursorABase {
 // left as they are, and blanks at either end of a value unquoted. saveAtomic() writes so that
 // loading the file again gives back exactly the same model, into a temporary file in the same
 // directory that then replaces the target, so a crash leaves either the old or the new file.
+// It quotes values with blanks at either end, a double quote (escaped), an apostrophe, "$(",
+// a ';' or a control character, keeps empty values, and spreads a value too long for one line
+// over continuation lines (load such a file with continuation allowed). It returns false and
+// leaves the file as it was when a write fails or the model holds a name or comment that no
+// line reads back as written (e.g. an option name with blanks added through addOption).
 class TAV_API TavClIniFileSave : public TavClIniFile {
  public:
   explicit TavClIniFileSave(const TavClFilenameABase& name);
@@ -267,7 +272,8 @@ class TAV_API TavClIniFileSave : public TavClIniFile {
   bool save(std::ofstream& out);
   bool saveAtomic();
 
- private:
+  // The writers of single lines, for classes that write further typed entries. Each opens the
+  // object's own stream first when no save has, and returns the stream's state.
   bool saveSection(std::ofstream& out, const char* name, const char* comment);
   bool saveOption(std::ofstream& out, const char* name, const char* value, const char* comment);
   bool saveOption(std::ofstream& out, const char* name, char value, const char* comment);
@@ -279,6 +285,8 @@ class TAV_API TavClIniFileSave : public TavClIniFile {
   void saveOption(std::ofstream& out, const char* name);
   void saveChar(std::ofstream& out, char c) const;
   void saveComment(std::ofstream& out, const char* comment) const;
+
+ private:
   void openOwnStream();
 
   std::ofstream stream;

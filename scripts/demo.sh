@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 bash scripts/install-deps.sh demo
 cmake -S . -B out/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF >/dev/null
-cmake --build out/demo --target tav_demo tav_trace_demo tav_console_demo
+cmake --build out/demo --target tav_demo tav_trace_demo tav_console_demo tav_ini_demo
 echo
 ./out/demo/bin/tav_demo
 
@@ -33,3 +33,8 @@ echo "--- tav_console_demo -o out.txt -x (an argument the usage does not allow)"
 code=0
 ./out/demo/bin/tav_console_demo -o out.txt -x 2>&1 || code=$?
 echo "exit code: $code"
+
+echo
+echo "--- a configuration file: load, change a value, save atomically"
+cp examples/tav_ini_demo.ini out/demo/settings.ini
+./out/demo/bin/tav_ini_demo out/demo/settings.ini

@@ -1,0 +1,84 @@
+// tav_ini_c_api_test.cpp - configuration files through the C interface.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include "tav_ini_c.h"
+
+extern "C" long tavIniCRaisePort(const char* fileName, const char* text);
+
+namespace {
+
+std::string scratchName(const char* name) {
+  return (std::filesystem::temp_directory_path() /
+          (std::string("tav_ini_c_") +
+           std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + name))
+      .string();
+}
+
+const char kText[] =
+    "[server]\nport = 8080 ; listening\nverbose = Yes\nname = \" main \"\n[client]\nretries = x\n";
+
+TEST(IniCApi, LooksUpTextNumbersAndTruthValues) {
+  TavStIniFile* file = tavIniFileCreate(scratchName("lookup.ini").c_str());
+  ASSERT_NE(file, nullptr);
+  ASSERT_EQ(tavIniFileLoadFromBuffer(file, kText, std::strlen(kText)), 1);
+  EXPECT_STREQ(tavIniFileGetText(file, "SERVER", "Name"), " main ");
+  EXPECT_EQ(tavIniFileGetText(file, "server", "missing"), nullptr);
+  EXPECT_EQ(tavIniFileGetText(file, "missing", "port"), nullptr);
+  long port = -1;
+  EXPECT_EQ(tavIniFileGetInteger(file, "server", "port", &port), 1);
+  EXPECT_EQ(port, 8080);
+  long untouched = 7;
+  EXPECT_EQ(tavIniFileGetInteger(file, "server", "absent", &untouched), 0);
+  EXPECT_EQ(untouched, 7);
+  int verbose = 0;
+  EXPECT_EQ(tavIniFileGetBool(file, "server", "verbose", &verbose), 1);
+  EXPECT_EQ(verbose, 1);
+  EXPECT_EQ(tavIniFileGetBool(file, "client", "retries", &verbose), 1);
+  EXPECT_EQ(verbose, 0);
+  EXPECT_EQ(tavIniFileGetBool(file, "client", "absent", &verbose), 0);
+  tavIniFileDestroy(file);
+}
+
+TEST(IniCApi, SetsAndSavesSoThatTheFileLoadsBack) {
+  const std::string name = scratchName("set.ini");
+  TavStIniFile* file = tavIniFileCreate(name.c_str());
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(tavIniFileLoad(file), 0);                          // no file yet
+  EXPECT_EQ(tavIniFileSetText(file, "new", "key", "a;b"), 1);  // adds section and option
+  EXPECT_EQ(tavIniFileSetText(file, "new", "key", "c"), 1);    // changes the option
+  EXPECT_EQ(tavIniFileSetText(file, "new", "other", " x "), 1);
+  EXPECT_EQ(tavIniFileSave(file), 1);
+  tavIniFileDestroy(file);
+
+  TavStIniFile* again = tavIniFileCreate(name.c_str());
+  ASSERT_EQ(tavIniFileLoad(again), 1);
+  EXPECT_STREQ(tavIniFileGetText(again, "new", "key"), "c");
+  EXPECT_STREQ(tavIniFileGetText(again, "new", "other"), " x ");
+  tavIniFileDestroy(again);
+  std::filesystem::remove(name);
+}
+
+TEST(IniCApi, CProgramChangesAValue) {
+  const std::string name = scratchName("c.ini");
+  EXPECT_EQ(tavIniCRaisePort(name.c_str(), kText), 8081);
+  EXPECT_EQ(tavIniCRaisePort(name.c_str(), "[server]\n"), -1);
+  std::filesystem::remove(name);
+}
+
+TEST(IniCApi, NullArgumentsAreRefused) {
+  EXPECT_EQ(tavIniFileCreate(nullptr), nullptr);
+  tavIniFileDestroy(nullptr);
+  EXPECT_EQ(tavIniFileLoad(nullptr), 0);
+  TavStIniFile* file = tavIniFileCreate(scratchName("null.ini").c_str());
+  EXPECT_EQ(tavIniFileLoadFromBuffer(file, nullptr, 3), 0);
+  EXPECT_EQ(tavIniFileGetInteger(file, "s", "o", nullptr), 0);
+  EXPECT_EQ(tavIniFileSetText(file, "s", nullptr, "v"), 0);
+  tavIniFileDestroy(file);
+}
+
+}  // namespace
