@@ -148,8 +148,24 @@ OsStatus copyToNewFile(const char* source, const char* target) {
   return copied;
 }
 
+// The rename is made durable too: the directory that now names the new file reaches the disk,
+// so that after a crash the target is the new file rather than the old one, or neither.
 OsStatus replaceFile(const char* source, const char* target) {
-  return statusOf(::rename(source, target));
+  const OsStatus renamed = statusOf(::rename(source, target));
+  if (!renamed.ok()) return renamed;
+  char directory[TAV_PATH_BUFFER_SIZE] = ".";
+  const char* slash = std::strrchr(target, '/');
+  if (slash != nullptr) {
+    const size_t length = slash == target ? 1 : static_cast<size_t>(slash - target);
+    if (length >= sizeof directory) return kOsSuccess;
+    std::memcpy(directory, target, length);
+    directory[length] = '\0';
+  }
+  const int handle = ::open(directory, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (handle == -1) return kOsSuccess;  // the file is in place; only its durability is unsure
+  ::fsync(handle);
+  ::close(handle);
+  return kOsSuccess;
 }
 
 }  // namespace tav::os
