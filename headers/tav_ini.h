@@ -200,6 +200,8 @@ class TAV_API TavClIniFile : public TavClFile {
   void* errorHandlerUserData = nullptr;
   // Set while a load runs: the sections by name, for merging duplicate headers in constant time.
   TavClIniFileSectionIndex* sectionIndex = nullptr;
+  // Set when the error handler stopped the parse inside the line reader.
+  bool parseStopped = false;
 };
 
 // Walks the sections of a model in file order; deleted sections are visited with empty names.

@@ -14,10 +14,10 @@ Outputs, all into --out:
   tavmsg_en.msg, tavmsg_de.msg  X/Open catalog sources for gencat (set 1), UTF-8.
 
 Checks, each of which stops the script with an error and writes nothing: an id given twice or
-outside 1-199 and 220, a language other than en and de, a German text without English one, a
+outside 1-200 and 220, a language other than en and de, a German text without English one, a
 "%" that is neither "%%" nor "%1" to "%10" (the two platforms expand only those alike), a text
 line that is a lone "." (it would end the message in the Windows source), and a catalog that
-does not cover every message 1-199 and 220.
+does not cover every message 1-200 and 220.
 
 Usage: tools/gen_message_catalogs.py --source FILE --error-ids FILE --out DIR
 """
@@ -29,7 +29,7 @@ import re
 import sys
 
 LANGUAGES = {"en": ("English", 0x409), "de": ("German", 0x407)}
-EXPECTED_IDS = set(range(1, 200)) | {220}
+EXPECTED_IDS = set(range(1, 201)) | {220}
 ERROR_LIST_ENTRY = re.compile(r"\bX\((\w+),\s*-?\d+,\s*(\d+)\)")
 SOURCE_LINE = re.compile(r'^(\d+)?\s+(\w+)\s+"(.*)"\s*$')
 PLACEHOLDER = re.compile(r"%(%|10|[1-9](?!\d))")
@@ -44,8 +44,8 @@ def read_error_names(path):
     with open(path, encoding="utf-8") as header:
         for name, message in ERROR_LIST_ENTRY.findall(header.read()):
             names[int(message)] = name
-    if len(names) != 149 - 47 + 1:
-        fail(f"{path}: expected the names of messages 47 to 149, found {len(names)}")
+    if set(names) != set(range(47, 150)) | {200}:
+        fail(f"{path}: expected the names of messages 47 to 149 and 200, found {len(names)}")
     return names
 
 
@@ -99,7 +99,7 @@ def merge(messages, error_names):
     if set(catalog) != EXPECTED_IDS:
         missing = sorted(EXPECTED_IDS - set(catalog))
         extra = sorted(set(catalog) - EXPECTED_IDS)
-        fail(f"the catalog must hold messages 1-199 and 220; missing {missing}, extra {extra}")
+        fail(f"the catalog must hold messages 1-200 and 220; missing {missing}, extra {extra}")
     for texts in catalog.values():
         texts.setdefault("de", texts["en"])
     return catalog
