@@ -62,12 +62,13 @@ inline std::string makeIniText() {
                         random.next(2) ? "on" : "off", random.next(2) ? "set" : "cleared");
           break;
         case 3: {
-          int length = std::snprintf(line, sizeof line, "label_%02d =", option);
+          std::snprintf(line, sizeof line, "label_%02d =", option);
+          std::string label = line;
           for (std::uint32_t word = 0, count = 4 + random.next(9); word < count; ++word)
-            length +=
-                std::snprintf(line + length, sizeof line - length, " %s", words[random.next(10)]);
-          std::snprintf(line + length, sizeof line - length, "\n");
-          break;
+            (label += ' ') += words[random.next(10)];
+          text += label;
+          text += '\n';
+          continue;  // the line is complete
         }
         default:
           std::snprintf(line, sizeof line, "timeout_%02d=%u\n", option, random.next(100000));
