@@ -73,7 +73,11 @@
   X(ICU_NO_SPACE_AVAILABLE, 1001117, 104)      \
   X(ICU_ERROR_LIMIT, 1001118, 105)
 
-/* All error ids in the order of their messages (47 to 105). */
+/* INIFILE_LINE_TOO_LONG: a configuration file line longer than 1023 characters; the parser
+ * reports it with the line's number, skips the line and reads on. Its name is message 200, the
+ * first after the block of names 47 to 149.
+ *
+ * All error ids in the order of their messages (47 to 105, then 200). */
 #define TAV_ERROR_ID_LIST(X) TAV_ERROR_ID_NO_ERROR(X) TAV_ERROR_ID_LIST_AFTER_NO_ERROR(X)
 
 /* Error classes; the hundreds group them: 0-2 generic, 100 user, 200 resources and data,

@@ -34,7 +34,9 @@ bool TavClIniFileSectionCursor::matches(const char* name) const {
   return current != nullptr && tavIniNamesEqual(current->getName(), name);
 }
 
-const char* TavClIniFileSectionCursor::getSection() const { return current != nullptr ? current->getName() : nullptr; }
+const char* TavClIniFileSectionCursor::getSection() const {
+  return current != nullptr ? current->getName() : nullptr;
+}
 
 TavClIniFileOptionCursor::TavClIniFileOptionCursor(const TavClIniFile& iniFile)
     : TavClIniFileOptionCursor(iniFile, iniFile.currentSection) {}
@@ -42,8 +44,11 @@ TavClIniFileOptionCursor::TavClIniFileOptionCursor(const TavClIniFile& iniFile)
 TavClIniFileOptionCursor::TavClIniFileOptionCursor(const TavClIniFileSectionCursor& sectionCursor)
     : TavClIniFileOptionCursor(*sectionCursor.file, sectionCursor.current) {}
 
-TavClIniFileOptionCursor::TavClIniFileOptionCursor(const TavClIniFile& iniFile, const TavClIniFileSection* ownSection)
-    : file(&iniFile), section(ownSection), current(ownSection != nullptr ? ownSection->getFirstOption() : nullptr) {}
+TavClIniFileOptionCursor::TavClIniFileOptionCursor(const TavClIniFile& iniFile,
+                                                   const TavClIniFileSection* ownSection)
+    : file(&iniFile),
+      section(ownSection),
+      current(ownSection != nullptr ? ownSection->getFirstOption() : nullptr) {}
 
 TavClIniFileOptionCursor::~TavClIniFileOptionCursor() = default;
 
@@ -69,9 +74,13 @@ bool TavClIniFileOptionCursor::matches(const char* name) const {
   return current != nullptr && tavIniNamesEqual(current->getName(), name);
 }
 
-const char* TavClIniFileOptionCursor::getOption() const { return current != nullptr ? current->getName() : nullptr; }
+const char* TavClIniFileOptionCursor::getOption() const {
+  return current != nullptr ? current->getName() : nullptr;
+}
 
-const char* TavClIniFileOptionCursor::getValue() const { return current != nullptr ? current->getValue() : nullptr; }
+const char* TavClIniFileOptionCursor::getValue() const {
+  return current != nullptr ? current->getValue() : nullptr;
+}
 
 const char* TavClIniFileOptionCursor::getComment() const {
   return current != nullptr ? current->getComment() : nullptr;
@@ -88,7 +97,8 @@ const char* TavClIniFileOptionCursor::getValue(int& value) const {
 }
 
 const char* TavClIniFileOptionCursor::getValue(unsigned int& value) const {
-  if (current != nullptr) value = static_cast<unsigned int>(strtoul(current->getValue(), nullptr, 10));
+  if (current != nullptr)
+    value = static_cast<unsigned int>(strtoul(current->getValue(), nullptr, 10));
   return getValue();
 }
 

@@ -27,7 +27,8 @@ TavClIniFileSection* TavClIniFile::findSection(const char* name) const {
   return nullptr;
 }
 
-TavClIniFileOption* TavClIniFile::findOption(const TavClIniFileSection* section, const char* name) const {
+TavClIniFileOption* TavClIniFile::findOption(const TavClIniFileSection* section,
+                                             const char* name) const {
   if (section == nullptr) return nullptr;
   for (TavClIniFileOption* o = section->getFirstOption(); o != nullptr; o = o->getNext()) {
     if (!o->isDeleted() && tavIniNamesEqual(o->getName(), name)) return o;
@@ -53,7 +54,8 @@ char TavClIniFile::toCharValue(const char* value) {
 namespace {
 
 template <typename T>
-bool lookUp(const TavClIniFileOption* option, T& value, const char** comment, T (*convert)(const char*)) {
+bool lookUp(const TavClIniFileOption* option, T& value, const char** comment,
+            T (*convert)(const char*)) {
   if (option == nullptr) return false;
   value = convert(option->getValue());
   if (comment != nullptr) *comment = option->getComment();
@@ -68,12 +70,12 @@ unsigned long asULong(const char* v) { return strtoul(v, nullptr, 10); }
 
 }  // namespace
 
-#define TAV_INI_GET_OPTION(T, convert)                                                      \
-  bool TavClIniFile::getOption(const char* name, T& value) const {                          \
-    return lookUp<T>(findOption(currentSection, name), value, nullptr, convert);            \
-  }                                                                                         \
-  bool TavClIniFile::getOption(const char* name, T& value, const char*& comment) const {    \
-    return lookUp<T>(findOption(currentSection, name), value, &comment, convert);           \
+#define TAV_INI_GET_OPTION(T, convert)                                                   \
+  bool TavClIniFile::getOption(const char* name, T& value) const {                       \
+    return lookUp<T>(findOption(currentSection, name), value, nullptr, convert);         \
+  }                                                                                      \
+  bool TavClIniFile::getOption(const char* name, T& value, const char*& comment) const { \
+    return lookUp<T>(findOption(currentSection, name), value, &comment, convert);        \
   }
 TAV_INI_GET_OPTION(const char*, asText)
 TAV_INI_GET_OPTION(int, asInt)
@@ -148,7 +150,8 @@ bool TavClIniFile::addOption(const char* section, const char* option, const char
   return addTo(s, option, value, findOption(s, option));
 }
 
-bool TavClIniFile::addOption(const TavClIniFileSectionCursor& section, const char* option, const char* value) {
+bool TavClIniFile::addOption(const TavClIniFileSectionCursor& section, const char* option,
+                             const char* value) {
   return addTo(section.current, option, value, findOption(section.current, option));
 }
 
@@ -156,7 +159,8 @@ bool TavClIniFile::setNewValue(const char* section, const char* option, const ch
   return setIn(findOption(findSection(section), option), value);
 }
 
-bool TavClIniFile::setNewValue(const TavClIniFileSectionCursor& section, const char* option, const char* value) {
+bool TavClIniFile::setNewValue(const TavClIniFileSectionCursor& section, const char* option,
+                               const char* value) {
   return setIn(findOption(section.current, option), value);
 }
 
@@ -185,4 +189,6 @@ bool TavClIniFile::deleteOption(const TavClIniFileSectionCursor& section, const 
   return deleteIn(findOption(section.current, option));
 }
 
-bool TavClIniFile::deleteOption(const TavClIniFileOptionCursor& option) { return deleteIn(option.current); }
+bool TavClIniFile::deleteOption(const TavClIniFileOptionCursor& option) {
+  return deleteIn(option.current);
+}

@@ -7,7 +7,9 @@
 
 #include <stddef.h>
 
-inline char tavIniFoldCase(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c; }
+inline char tavIniFoldCase(char c) {
+  return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
 inline bool tavIniNamesEqual(const char* a, const char* b) {
   for (; tavIniFoldCase(*a) == tavIniFoldCase(*b); ++a, ++b) {
@@ -18,7 +20,8 @@ inline bool tavIniNamesEqual(const char* a, const char* b) {
 
 inline size_t tavIniNameHash(const char* name) {
   size_t hash = 14695981039346656037ull & static_cast<size_t>(-1);
-  for (; *name != '\0'; ++name) hash = (hash ^ static_cast<unsigned char>(tavIniFoldCase(*name))) * 1099511628211ull;
+  for (; *name != '\0'; ++name)
+    hash = (hash ^ static_cast<unsigned char>(tavIniFoldCase(*name))) * 1099511628211ull;
   return hash;
 }
 

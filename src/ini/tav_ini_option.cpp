@@ -52,7 +52,9 @@ TavClIniFileOption::~TavClIniFileOption() {
   }
 }
 
-void TavClIniFileOption::appendOptionValue(const char* line) { processValue(line, value + strlen(value)); }
+void TavClIniFileOption::appendOptionValue(const char* line) {
+  processValue(line, value + strlen(value));
+}
 
 void TavClIniFileOption::setNewValue(const char* newValue) {
   char* const areaEnd = text + kMaxValueLength;
@@ -92,7 +94,8 @@ TavClIniFileSection::~TavClIniFileSection() {
 void TavClIniFileSection::setFirstOption(TavClIniFileOption* option) {
   firstOption = option;
   lastOption = option;
-  while (lastOption != nullptr && lastOption->getNext() != nullptr) lastOption = lastOption->getNext();
+  while (lastOption != nullptr && lastOption->getNext() != nullptr)
+    lastOption = lastOption->getNext();
 }
 
 void TavClIniFileSection::appendOption(TavClIniFileOption* option) {

@@ -113,13 +113,15 @@ bool TavClIniFile::skipComment(std::istream& in, char* buffer, char delimiter) {
   return false;
 }
 
-bool TavClIniFile::load(std::istream& in, char delimiter, bool appendDuplicateSections, bool allowContinuation) {
+bool TavClIniFile::load(std::istream& in, char delimiter, bool appendDuplicateSections,
+                        bool allowContinuation) {
   char line[kMaxLineLength + 1];
   TavClIniFileOption* continued = nullptr;
   parseStopped = false;
   if (!appendDuplicateSections) {
     sectionIndex = new TavClIniFileSectionIndex;
-    for (TavClIniFileSection* s = firstSection; s != nullptr; s = s->getNext()) sectionIndex->insert(s);
+    for (TavClIniFileSection* s = firstSection; s != nullptr; s = s->getNext())
+      sectionIndex->insert(s);
   }
   bool goOn = true;
   while (goOn && skipComment(in, line, delimiter)) {
@@ -132,7 +134,8 @@ bool TavClIniFile::load(std::istream& in, char delimiter, bool appendDuplicateSe
         continue;
       }
       TavClIniFileSection* section = new TavClIniFileSection(line + 1, close);
-      TavClIniFileSection* existing = sectionIndex == nullptr ? nullptr : sectionIndex->find(section->getName());
+      TavClIniFileSection* existing =
+          sectionIndex == nullptr ? nullptr : sectionIndex->find(section->getName());
       if (existing != nullptr) {
         delete section;
         currentSection = existing;

@@ -117,8 +117,10 @@ void TavClIniFileOption::processValue(const char* source, char* destination) {
     }
     if (*s == '\'') {
       const char c = tavIniFileGetQuotedCharacter(s);
-      if (c != '\0' || *s != '\0') out.put(c);  // a literal cut by the line's end gives nothing
-      keep = out.next;
+      if (c != '\0' || *s != '\0') {  // a literal cut by the line's end gives nothing
+        out.put(c);
+        keep = out.next;
+      }
       continue;
     }
     out.put(*s++);

@@ -1,0 +1,187 @@
+// tav_ini_parser_test.cpp - reading configuration text: line kinds, value rules, limits, errors.
+
+#include <gtest/gtest.h>
+
+#include <stdio.h>
+#include <string.h>
+
+#include <chrono>
+#include <string>
+
+#include "tav_environment.h"
+#include "tav_ini.h"
+#include "tav_ini_test_support.h"
+#include "tav_test_data.h"
+
+namespace {
+
+using tav::test::decodeEscapes;
+using tav::test::dumpModel;
+using tav::test::MemoryModel;
+
+TEST(IniValueRules, OneOptionLine) {
+  TavClEnvironmentVariable variable("TAV_INI_TEST_VAR", "hello");
+  for (const auto& row : tav::test::readDataTable("ini/value_rules.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    MemoryModel model;
+    ASSERT_TRUE(model.load("[S]\n" + row.str(0)));
+    EXPECT_EQ(model.log.text, "");
+    ASSERT_TRUE(model.file.getSection("s"));
+    TavClIniFileOptionCursor option(model.file);
+    ASSERT_TRUE(option.isValid());
+    EXPECT_STREQ(option.getOption(), row.text(1));
+    EXPECT_EQ(std::string(option.getValue()), decodeEscapes(row.str(2)));
+    EXPECT_EQ(std::string(option.getComment()), decodeEscapes(row.str(3)));
+  }
+}
+
+TEST(IniLineKinds, WholeInputs) {
+  for (const auto& row : tav::test::readDataTable("ini/line_kinds.txt", 3)) {
+    SCOPED_TRACE(row.where);
+    MemoryModel model;
+    EXPECT_TRUE(model.load(decodeEscapes(row.str(0))));
+    EXPECT_EQ(model.log.text, row.str(1));
+    EXPECT_EQ(dumpModel(model.file), row.str(2));
+  }
+}
+
+TEST(IniLineKinds, ContinuationNotAllowedAndOtherDelimiters) {
+  MemoryModel model;
+  EXPECT_TRUE(model.load("[S]\na = abc\n   def", true, false));
+  EXPECT_EQ(model.log.text, "1000003@3");
+  EXPECT_EQ(dumpModel(model.file), "[S]a=abc");
+
+  MemoryModel nul;
+  const char text[] = "[S]\0a=1\0b=2";
+  EXPECT_TRUE(nul.file.loadFromBuffer(text, sizeof text - 1, '\0', true, true));
+  EXPECT_EQ(dumpModel(nul.file), "[S]a=1b=2");
+  // A NUL inside a line ends what the line says; the bytes after it are ignored.
+  MemoryModel embedded;
+  EXPECT_TRUE(embedded.load(std::string("[S]\na=1\0zz\nb=2", 15)));
+  EXPECT_EQ(dumpModel(embedded.file), "[S]a=1b=2");
+}
+
+TEST(IniErrorHandler, StopsTheLoadAndCountsLinesAcrossLoads) {
+  MemoryModel model;
+  model.log.goOn = false;
+  EXPECT_FALSE(model.load("[S]\na=1\nbad\nb=2"));
+  EXPECT_EQ(model.log.text, "1000002@3");
+  EXPECT_EQ(dumpModel(model.file), "[S]a=1");
+  // Everything after the stop is dropped; the current section is reset.
+  EXPECT_FALSE(model.file.getSection("nothing"));
+  // The line counter goes on from the previous load.
+  model.log.goOn = true;
+  model.log.text.clear();
+  EXPECT_TRUE(model.load("[T\n"));
+  EXPECT_EQ(model.log.text, "1000001@4");
+  // Without a handler, errors are ignored.
+  model.file.setErrorHandler(nullptr, nullptr);
+  EXPECT_TRUE(model.load("[U\nno\n  x\n[V]\na=1"));
+  EXPECT_EQ(dumpModel(model.file), "[S]a=1[V]a=1");
+}
+
+TEST(IniLongLines, ReportedSkippedAndTheRestFound) {
+  const std::string longLine(5000, 'x');
+  for (const size_t length : {1023u, 1024u, 5000u}) {
+    SCOPED_TRACE(length);
+    MemoryModel model;
+    const std::string line = "a=" + std::string(length - 2, 'v');
+    EXPECT_TRUE(model.load("[S]\n" + line + "\nb=2\n[T]\nc=3"));
+    ASSERT_TRUE(model.file.getSection("S"));
+    const char* value = nullptr;
+    if (length <= TavClIniFile::kMaxLineLength) {
+      EXPECT_EQ(model.log.text, "");
+      ASSERT_TRUE(model.file.getOption("a", value));
+      EXPECT_EQ(strlen(value), length - 2);
+    } else {
+      EXPECT_EQ(model.log.text, std::to_string(INIFILE_LINE_TOO_LONG) + "@2");
+      EXPECT_FALSE(model.file.getOption("a", value));
+    }
+    EXPECT_TRUE(model.file.getOption("b", value));
+    ASSERT_TRUE(model.file.getSection("T"));
+    EXPECT_TRUE(model.file.getOption("c", value));
+  }
+  MemoryModel stopped;
+  stopped.log.goOn = false;
+  EXPECT_FALSE(stopped.load("[S]\n" + longLine + "\na=1"));
+  EXPECT_EQ(dumpModel(stopped.file), "[S]");
+}
+
+// Values grow by expansion and continuation up to the store's limits, and no further.
+TEST(IniLimits, ValuesAndCommentsStayInsideTheStore) {
+  TavClEnvironmentVariable variable("TAV_INI_LONG_VAR", std::string(900, 'e').c_str());
+  const std::string name(600, 'n');
+  MemoryModel model;
+  std::string text = "[" + std::string(100, 's') + "]\n";
+  text += name + " = $(TAV_INI_LONG_VAR)$(TAV_INI_LONG_VAR) ; " + std::string(300, 'c') + "\n";
+  for (int i = 0; i < 5; ++i) text += " $(TAV_INI_LONG_VAR) ; " + std::string(900, 'k') + "\n";
+  text += "b = \"" + std::string(990, 'q') + "\" ; " + std::string(20, 'z') + "\n";
+  EXPECT_TRUE(model.load(text));
+  TavClIniFileSectionCursor section(model.file);
+  EXPECT_EQ(strlen(section.getSection()), TavClIniFileSection::kMaxNameLength);
+  TavClIniFileOptionCursor option(section);
+  EXPECT_STREQ(option.getOption(), name.c_str());
+  const size_t valueLength = strlen(option.getValue());
+  EXPECT_EQ(valueLength, TavClIniFileOption::kTextSize - 2 - (name.size() + 1));
+  EXPECT_EQ(std::string(option.getValue()), std::string(valueLength, 'e'));
+  EXPECT_STREQ(option.getComment(), "");
+  ASSERT_TRUE(option.setToNext());
+  EXPECT_EQ(std::string(option.getValue()), std::string(990, 'q'));
+  EXPECT_EQ(std::string(option.getComment()), std::string(20, 'z'));
+}
+
+TEST(IniDuplicateSections, AppendedOrMerged) {
+  const std::string text = "[S]\na=1\n[t]\nx=1\n[s]\nb=2\n";
+  MemoryModel appended;
+  EXPECT_TRUE(appended.load(text));
+  EXPECT_EQ(dumpModel(appended.file), "[S]a=1[t]x=1[s]b=2");
+  MemoryModel merged;
+  EXPECT_TRUE(merged.load(text, false));
+  EXPECT_TRUE(merged.load("[T]\ny=2\n[new]\n", false));
+  EXPECT_EQ(dumpModel(merged.file), "[S]a=1b=2[t]x=1y=2[new]");
+}
+
+// 100,000 sections merged into 100,000 others and 100,000 options in one section load in
+// linear time: well within a second where a quadratic walk would take minutes.
+TEST(IniDuplicateSections, LargeInputsLoadInLinearTime) {
+  std::string text;
+  for (int round = 0; round < 2; ++round) {
+    for (int i = 0; i < 100000; ++i)
+      text += "[section" + std::to_string(i) + "]\nk" + std::to_string(round) + "=v\n";
+  }
+  text += "[big]\n";
+  for (int i = 0; i < 100000; ++i) text += "o" + std::to_string(i) + "=" + std::to_string(i) + "\n";
+  MemoryModel model;
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(model.load(text, false));
+  const auto seconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  EXPECT_LT(seconds, 10.0);
+  ASSERT_TRUE(model.file.getSection("SECTION99999"));
+  const char* value = nullptr;
+  EXPECT_TRUE(model.file.getOption("k0", value));
+  EXPECT_TRUE(model.file.getOption("k1", value));
+  ASSERT_TRUE(model.file.getSection("big"));
+  int number = 0;
+  EXPECT_TRUE(model.file.getOption("o99999", number));
+  EXPECT_EQ(number, 99999);
+}
+
+TEST(IniFileLoad, MissingFileAndLoadingTwice) {
+  const std::string path = testing::TempDir() + "tav_ini_load_test.ini";
+  FILE* out = fopen(path.c_str(), "wb");
+  ASSERT_NE(out, nullptr);
+  fputs("; settings\n[S]\na = 1 ; one\n", out);
+  fclose(out);
+  TavClFilename name(path.c_str());
+  TavClIniFile file(name);
+  EXPECT_TRUE(file.load(false));
+  EXPECT_TRUE(file.load(false));
+  EXPECT_EQ(dumpModel(file), "[S]a=1{one}[S]a=1{one}");
+  remove(path.c_str());
+  TavClIniFile missing(name);
+  EXPECT_FALSE(missing.load(true));
+  EXPECT_EQ(dumpModel(missing), "");
+}
+
+}  // namespace
