@@ -1,7 +1,7 @@
 // Fuzzes loading configuration text from memory. Whatever the bytes, the load ends, every
 // section name fits its 80 characters, and every option's name, value and comment lie inside
 // the option's store, each terminated there, with the value at most 1024 characters; the
-// cursors walk the whole model and the look-ups find the first option of each name.
+// cursors walk the whole model and the look-ups find the first section and option of each name.
 // Input layout: a flag byte (bit 0: merge duplicate headers, bit 1: continuation lines,
 // bit 2: the error handler stops the load, bit 3: NUL rather than line feed ends a line), then
 // the text.
@@ -62,10 +62,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
   TavClIniFileSectionCursor sections(file);
   for (bool more = sections.setToFirst(); more; more = sections.setToNext()) {
-    Check(std::strlen(sections.getSection()) <= TavClIniFileSection::kMaxNameLength,
-          "section name too long");
+    const char* sectionName = sections.getSection();
+    Check(std::strlen(sectionName) <= TavClIniFileSection::kMaxNameLength, "section name too long");
+    // The look-ups find the first section of a name, and the cursor's setTo finds the same one.
+    TavClIniFileSectionCursor first(file);
+    Check(first.setTo(sectionName), "a section is not found by its name");
+    const bool firstOfItsName = first.getSection() == sectionName;
+    Check(file.getSection(sectionName), "a section is not found by its name");
     TavClIniFileOptionCursor options(sections);
-    Check(file.getSection(sections.getSection()), "a section is not found by its name");
     for (bool next = options.setToFirst(); next; next = options.setToNext()) {
       const char* store = options.getOption();
       Check(TerminatedInside(store, store, TavClIniFileOption::kTextSize),
@@ -76,9 +80,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             "comment outside the store");
       Check(std::strlen(options.getValue()) <= TavClIniFileOption::kMaxValueLength,
             "value too long");
-      if (*store == '\0') continue;
+      if (*store == '\0' || !firstOfItsName) continue;
+      TavClIniFileOptionCursor firstOption(sections);
+      Check(firstOption.setTo(store), "an option is not found by its name");
       const char* found = nullptr;
       Check(file.getOption(store, found), "an option is not found by its name");
+      Check(found == firstOption.getValue(), "a look-up finds another option than the first");
     }
   }
   return 0;

@@ -118,7 +118,7 @@ TEST(IniLimits, ValuesAndCommentsStayInsideTheStore) {
   text += "b = \"" + std::string(990, 'q') + "\" ; " + std::string(20, 'z') + "\n";
   EXPECT_TRUE(model.load(text));
   TavClIniFileSectionCursor section(model.file);
-  EXPECT_EQ(strlen(section.getSection()), TavClIniFileSection::kMaxNameLength);
+  EXPECT_EQ(strlen(section.getSection()), size_t{TavClIniFileSection::kMaxNameLength});
   TavClIniFileOptionCursor option(section);
   EXPECT_STREQ(option.getOption(), name.c_str());
   const size_t valueLength = strlen(option.getValue());
