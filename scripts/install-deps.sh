@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that are missing for a task: "demo" (build and run the example)
 # or "test" (every test on Linux, with sanitizers, and the Windows DLL under Wine; the
-# benchmarks, with spdlog for the trace benchmarks to compare against).
+# benchmarks, with spdlog and inih for the trace and configuration file benchmarks to compare
+# against).
 set -euo pipefail
 
 task=${1:?usage: install-deps.sh demo|test}
 
 packages=(cmake ninja-build g++ python3)
 if [ "$task" = test ]; then
-  packages+=(libgtest-dev libgmock-dev libbenchmark-dev libspdlog-dev libicu-dev pkg-config
-             clang libclang-rt-14-dev
+  packages+=(libgtest-dev libgmock-dev libbenchmark-dev libspdlog-dev libinih-dev libicu-dev
+             pkg-config clang libclang-rt-14-dev
              g++-mingw-w64-x86-64 mingw-w64-common wine wine64)
 fi
 
