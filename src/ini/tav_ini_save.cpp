@@ -149,22 +149,15 @@ void writeDecimal(std::ofstream& out, Number value) {
 
 }  // namespace
 
+// The narrower integers are written as their wider kin: the decimal text is the same.
 bool TavClIniFileSave::saveOption(std::ofstream& out, const char* name, int value,
                                   const char* comment) {
-  openOwnStream();
-  saveOption(out, name);
-  writeDecimal(out, value);
-  saveComment(out, comment);
-  return streamIsGood(out);
+  return saveOption(out, name, static_cast<long>(value), comment);
 }
 
 bool TavClIniFileSave::saveOption(std::ofstream& out, const char* name, unsigned int value,
                                   const char* comment) {
-  openOwnStream();
-  saveOption(out, name);
-  writeDecimal(out, value);
-  saveComment(out, comment);
-  return streamIsGood(out);
+  return saveOption(out, name, static_cast<unsigned long>(value), comment);
 }
 
 bool TavClIniFileSave::saveOption(std::ofstream& out, const char* name, long value,
