@@ -7,10 +7,11 @@ set -euo pipefail
 
 task=${1:?usage: install-deps.sh demo|test}
 
-packages=(cmake ninja-build g++ python3)
+# The library links the system's ICU on Linux, so even the demo needs its headers.
+packages=(cmake ninja-build g++ python3 libicu-dev pkg-config)
 if [ "$task" = test ]; then
-  packages+=(libgtest-dev libgmock-dev libbenchmark-dev libspdlog-dev libinih-dev libicu-dev
-             pkg-config clang libclang-rt-14-dev
+  packages+=(libgtest-dev libgmock-dev libbenchmark-dev libspdlog-dev libinih-dev
+             clang libclang-rt-14-dev
              g++-mingw-w64-x86-64 mingw-w64-common wine wine64)
 fi
 
