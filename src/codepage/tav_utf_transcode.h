@@ -21,7 +21,8 @@
 // units and reports `incomplete`, unless the output fills first.
 //
 // Both stop when the output cannot hold the whole next character: the result is `tooBig` and
-// `consumed` stops behind the last character converted.
+// `consumed` stops behind the last character converted. Output bytes behind `written` (always
+// inside outSize) may have been changed: the fast paths store whole blocks.
 
 #ifndef TAV_UTF_TRANSCODE_H
 #define TAV_UTF_TRANSCODE_H
