@@ -168,6 +168,14 @@ void encodeNonAsciiRun(const uint8_t*& in, const uint8_t* inEnd, uint8_t*& out,
                        const uint8_t* outEnd) {
   while (inEnd - in >= 4 && outEnd - out >= 4) {
     const uint32_t unit = loadUnit(in);
+    if (unit - 0x800 < 0xD800 - 0x800) {  // the three-byte units before the surrogates
+      out[0] = static_cast<uint8_t>(0xE0 | (unit >> 12));
+      out[1] = static_cast<uint8_t>(0x80 | ((unit >> 6) & 0x3F));
+      out[2] = static_cast<uint8_t>(0x80 | (unit & 0x3F));
+      out += 3;
+      in += 2;
+      continue;
+    }
     const uint32_t next = loadUnit(in + 2);
     if (unit < 0x80 && next < 0x80) return;
     if (!isSubstituted(unit)) {
