@@ -137,7 +137,7 @@ TEST_F(TraceController, StatusDisplayFollowsTheTracedProgramsVariables) {
   EXPECT_THAT(run.out, HasSubstr("    Trace file               : " + missing + "\n"));
 }
 
-TEST_F(TraceController, DisplayGivesTheGoldenDefaultAndNestedFormats) {
+TEST_F(TraceController, DisplayGivesTheGoldenDefaultNestedAndJsonFormats) {
   variables.set("_TRACE_DETAIL", "high");
   const ToolRun plain = runTool({"-key", "tavdemo", "-file", kDemoTrace, "-display"});
   EXPECT_EQ(plain.code, 0);
@@ -146,6 +146,10 @@ TEST_F(TraceController, DisplayGivesTheGoldenDefaultAndNestedFormats) {
                                   "-findent", "|  ", "-format", "%x %f %m %d"});
   EXPECT_EQ(nested.code, 0);
   EXPECT_EQ(nested.out, readTestData("demo_nested.txt"));
+  const ToolRun json =
+      runTool({"-key", "tavdemo", "-file", kDemoTrace, "-display", "-format", "chrome"});
+  EXPECT_EQ(json.code, 0);
+  EXPECT_EQ(json.out, readTestData("demo_chrome.json"));
 }
 
 // Each option reaches the formatter: the tool writes what the formatter set up the same way

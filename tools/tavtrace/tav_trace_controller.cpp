@@ -21,6 +21,7 @@
 #include "tav_trace.h"
 #include "tav_trace_environment.h"
 #include "tav_trace_formatter.h"
+#include "tav_trace_json.h"
 #include "tav_trace_output.h"
 
 namespace {
@@ -265,8 +266,14 @@ int TavClTraceController::formatTraceFile() {
   configureFormatter(formatter);
   tav::tool::FileOutputBuffer buffer(output);
   std::ostream stream(&buffer);
+  const char* format = nullptr;
+  const bool json = console.hasArgString("format", format) && std::strcmp(format, "chrome") == 0;
   try {
-    formatter.format(stream);
+    if (json) {
+      TavClTraceJsonWriter(formatter).write(stream);
+    } else {
+      formatter.format(stream);
+    }
   } catch (const TavClExceptionFatal& exception) {
     stream.flush();
     switch (exception.getId()) {
