@@ -1,35 +1,33 @@
 // tav_test_json.h - a small strict JSON parser for checking what the library writes.
 //
-// It accepts exactly RFC 8259 JSON: one value with optional blanks (space, tab, line feed,
-// carriage return) around it; strings of valid UTF-8 without raw control characters, with the
-// escapes \" \\ \/ \b \f \n \r \t and \uXXXX (surrogates only in proper pairs); numbers without
-// leading zeros, "+" or a bare "."; no trailing commas, comments or other extensions. Nesting
-// deeper than kMaxDepth is refused rather than followed. Header-only, so that the fuzz targets
-// can use it without the test support library.
+// It accepts exactly RFC 8259 JSON: one value with blanks (space, tab, line feed, carriage
+// return) around it; strings of well-formed UTF-8 without raw control characters, with the
+// escapes \" \\ \/ \b \f \n \r \t and \uXXXX (surrogates only in pairs); numbers without leading
+// zeros, "+" or a bare "."; no trailing commas, comments or other extensions. Nesting deeper
+// than kMaxDepth is refused. Header-only, so that the fuzz targets can use it too.
 
 #ifndef TAV_TEST_JSON_H
 #define TAV_TEST_JSON_H
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace tav::test {
 
 struct JsonValue {
-  enum Kind { kNull, kBool, kNumber, kString, kArray, kObject } kind = kNull;
-  bool boolean = false;
-  double number = 0;
-  std::string text;  // the string, UTF-8, escapes resolved; a number's text as written
-  std::vector<JsonValue> items;
-  std::vector<std::pair<std::string, JsonValue>> members;
+  enum Kind { kLiteral, kNumber, kString, kArray, kObject } kind = kLiteral;
+  std::string text;                // a string's text (UTF-8), a number or literal as written
+  std::vector<JsonValue> items;    // the elements of an array, the member values of an object
+  std::vector<std::string> names;  // the member names of an object
 
-  // The member named name, or null.
+  double number() const { return std::strtod(text.c_str(), nullptr); }
+  // The first member named name, or null.
   const JsonValue* find(const std::string& name) const {
-    for (const auto& member : members) {
-      if (member.first == name) return &member.second;
+    for (size_t i = 0; i < names.size(); ++i) {
+      if (names[i] == name) return &items[i];
     }
     return nullptr;
   }
@@ -39,16 +37,13 @@ class JsonParser {
  public:
   static constexpr int kMaxDepth = 200;
 
-  // True when text is one valid JSON value; *value gets it. *error says what went wrong where.
+  // True when text is one valid JSON value, given in *value; *error says what failed where.
   static bool parse(const std::string& text, JsonValue* value, std::string* error = nullptr) {
     JsonParser parser(text);
     JsonValue scratch;
-    JsonValue& target = value != nullptr ? *value : scratch;
-    parser.skipBlanks();
-    bool ok = parser.parseValue(target, 0);
-    parser.skipBlanks();
+    bool ok = parser.parseValue(value != nullptr ? *value : scratch, 0);
     if (ok && parser.at != text.size()) ok = parser.fail("text after the value");
-    if (!ok && error != nullptr) *error = parser.message + " at byte " + std::to_string(parser.at);
+    if (!ok && error != nullptr) *error = parser.problem + " at byte " + std::to_string(parser.at);
     return ok;
   }
 
@@ -56,235 +51,153 @@ class JsonParser {
   explicit JsonParser(const std::string& text) : text(text) {}
 
   bool fail(const char* what) {
-    if (message.empty()) message = what;
+    if (problem.empty()) problem = what;
     return false;
   }
-  bool atEnd() const { return at >= text.size(); }
-  unsigned char peek() const { return atEnd() ? 0 : static_cast<unsigned char>(text[at]); }
+  unsigned char byte(size_t i) const { return i < text.size() ? text[i] : 0; }
+  bool isDigit(size_t i) const { return byte(i) >= '0' && byte(i) <= '9'; }
   void skipBlanks() {
-    while (!atEnd() && (peek() == ' ' || peek() == '\t' || peek() == '\n' || peek() == '\r')) ++at;
+    while (at < text.size() && std::strchr(" \t\n\r", text[at]) != nullptr) ++at;
   }
-  bool literal(const char* word) {
-    const std::string expected(word);
-    if (text.compare(at, expected.size(), expected) != 0) return fail("unknown literal");
-    at += expected.size();
-    return true;
+  bool expect(char c) {
+    skipBlanks();
+    return byte(at) == c ? (++at, true) : false;
   }
 
   bool parseValue(JsonValue& value, int depth) {
+    skipBlanks();
+    const unsigned char c = byte(at);
+    bool ok;
     if (depth > kMaxDepth) return fail("nesting too deep");
-    switch (peek()) {
-      case '{': return parseObject(value, depth);
-      case '[': return parseArray(value, depth);
-      case '"': value.kind = JsonValue::kString; return parseString(value.text);
-      case 't':
-        value.kind = JsonValue::kBool;
-        value.boolean = true;
-        return literal("true");
-      case 'f': value.kind = JsonValue::kBool; return literal("false");
-      case 'n': value.kind = JsonValue::kNull; return literal("null");
-      default: return parseNumber(value);
+    if (c == '{' || c == '[') {
+      value.kind = c == '{' ? JsonValue::kObject : JsonValue::kArray;
+      ok = parseContainer(value, c == '{' ? '}' : ']', depth);
+    } else if (c == '"') {
+      value.kind = JsonValue::kString;
+      ok = parseString(value.text);
+    } else {
+      ok = parseScalar(value);
     }
+    skipBlanks();
+    return ok;
   }
 
-  bool parseObject(JsonValue& value, int depth) {
-    value.kind = JsonValue::kObject;
+  bool parseContainer(JsonValue& value, char close, int depth) {
     ++at;
-    skipBlanks();
-    if (peek() == '}') {
-      ++at;
-      return true;
-    }
-    for (;;) {
-      std::pair<std::string, JsonValue> member;
-      if (peek() != '"') return fail("expected a member name");
-      if (!parseString(member.first)) return false;
-      skipBlanks();
-      if (peek() != ':') return fail("expected ':'");
-      ++at;
-      skipBlanks();
-      if (!parseValue(member.second, depth + 1)) return false;
-      value.members.push_back(std::move(member));
-      skipBlanks();
-      if (peek() == '}') {
-        ++at;
-        return true;
+    if (expect(close)) return true;
+    do {
+      if (close == '}') {
+        value.names.emplace_back();
+        if (!expect('"')) return fail("expected a member name");
+        --at;
+        if (!parseString(value.names.back())) return false;
+        if (!expect(':')) return fail("expected ':'");
       }
-      if (peek() != ',') return fail("expected ',' or '}'");
-      ++at;
-      skipBlanks();
-    }
-  }
-
-  bool parseArray(JsonValue& value, int depth) {
-    value.kind = JsonValue::kArray;
-    ++at;
-    skipBlanks();
-    if (peek() == ']') {
-      ++at;
-      return true;
-    }
-    for (;;) {
       value.items.emplace_back();
       if (!parseValue(value.items.back(), depth + 1)) return false;
-      skipBlanks();
-      if (peek() == ']') {
-        ++at;
-        return true;
-      }
-      if (peek() != ',') return fail("expected ',' or ']'");
-      ++at;
-      skipBlanks();
-    }
+    } while (expect(','));
+    return expect(close) ? true : fail("expected ',' or the end of the container");
   }
 
-  bool parseNumber(JsonValue& value) {
+  bool parseScalar(JsonValue& value) {
+    for (const char* literal : {"true", "false", "null"}) {
+      if (text.compare(at, std::strlen(literal), literal) == 0) {
+        value.text = literal;
+        at += value.text.size();
+        return true;
+      }
+    }
     const size_t start = at;
-    if (peek() == '-') ++at;
-    if (peek() == '0') {
-      ++at;
-    } else if (peek() >= '1' && peek() <= '9') {
-      while (peek() >= '0' && peek() <= '9') ++at;
-    } else {
-      return fail("expected a value");
+    if (byte(at) == '-') ++at;
+    if (!isDigit(at)) return fail("expected a value");
+    if (byte(at++) != '0') {
+      while (isDigit(at)) ++at;
     }
-    if (peek() == '.') {
-      ++at;
-      if (!(peek() >= '0' && peek() <= '9')) return fail("expected a digit after '.'");
-      while (peek() >= '0' && peek() <= '9') ++at;
+    if (byte(at) == '.') {
+      if (!isDigit(++at)) return fail("expected a digit after '.'");
+      while (isDigit(at)) ++at;
     }
-    if (peek() == 'e' || peek() == 'E') {
-      ++at;
-      if (peek() == '+' || peek() == '-') ++at;
-      if (!(peek() >= '0' && peek() <= '9')) return fail("expected an exponent");
-      while (peek() >= '0' && peek() <= '9') ++at;
+    if (byte(at) == 'e' || byte(at) == 'E') {
+      if (byte(++at) == '+' || byte(at) == '-') ++at;
+      if (!isDigit(at)) return fail("expected an exponent");
+      while (isDigit(at)) ++at;
     }
     value.kind = JsonValue::kNumber;
     value.text = text.substr(start, at - start);
-    value.number = std::strtod(value.text.c_str(), nullptr);
     return true;
   }
 
-  bool parseHex4(unsigned& code) {
-    code = 0;
-    for (int i = 0; i < 4; ++i, ++at) {
-      const unsigned char c = peek();
-      unsigned digit;
-      if (c >= '0' && c <= '9') {
-        digit = c - '0';
-      } else if (c >= 'a' && c <= 'f') {
-        digit = c - 'a' + 10;
-      } else if (c >= 'A' && c <= 'F') {
-        digit = c - 'A' + 10;
-      } else {
-        return fail("bad \\u escape");
-      }
-      code = code * 16 + digit;
-    }
-    return true;
-  }
-
-  static void appendUtf8(std::string& out, unsigned code) {
-    if (code < 0x80) {
-      out += static_cast<char>(code);
-    } else if (code < 0x800) {
-      out += static_cast<char>(0xC0 | code >> 6);
-      out += static_cast<char>(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-      out += static_cast<char>(0xE0 | code >> 12);
-      out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
-      out += static_cast<char>(0x80 | (code & 0x3F));
-    } else {
-      out += static_cast<char>(0xF0 | code >> 18);
-      out += static_cast<char>(0x80 | (code >> 12 & 0x3F));
-      out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
-      out += static_cast<char>(0x80 | (code & 0x3F));
-    }
-  }
-
-  // A well-formed UTF-8 sequence at the current position: its length, or 0.
+  // The length of the well-formed UTF-8 sequence at the current position, or 0.
   size_t utf8Length() const {
-    const unsigned char lead = peek();
-    size_t count;
-    unsigned char low = 0x80, high = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-      count = 2;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-      count = 3;
-      if (lead == 0xE0) low = 0xA0;
-      if (lead == 0xED) high = 0x9F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-      count = 4;
-      if (lead == 0xF0) low = 0x90;
-      if (lead == 0xF4) high = 0x8F;
-    } else {
-      return 0;
-    }
-    if (at + count > text.size()) return 0;
-    for (size_t i = 1; i < count; ++i) {
-      const unsigned char c = static_cast<unsigned char>(text[at + i]);
-      if (c < (i == 1 ? low : 0x80) || c > (i == 1 ? high : 0xBF)) return 0;
+    const unsigned char lead = byte(at);
+    const size_t count = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || at + count > text.size()) return 0;
+    const unsigned char low = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    const unsigned char high = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    if (byte(at + 1) < low || byte(at + 1) > high) return 0;
+    for (size_t i = 2; i < count; ++i) {
+      if ((byte(at + i) & 0xC0) != 0x80) return 0;
     }
     return count;
   }
 
+  bool parseHex4(unsigned& code) {
+    code = 0;
+    for (int i = 0; i < 4; ++i) {
+      const char c = static_cast<char>(byte(at++));
+      const char* digit = c == '\0' ? nullptr : std::strchr("0123456789abcdef", c | 0x20);
+      if (digit == nullptr) return fail("bad \\u escape");
+      code = code * 16 + static_cast<unsigned>(digit - "0123456789abcdef");
+    }
+    return true;
+  }
+
+  bool parseEscape(std::string& out) {
+    const char c = static_cast<char>(byte(at++));
+    const char* simple = c == '\0' ? nullptr : std::strchr("\"\\/bfnrt", c);
+    if (simple != nullptr) {
+      out += "\"\\/\b\f\n\r\t"[simple - "\"\\/bfnrt"];
+      return true;
+    }
+    unsigned code, low;
+    if (c != 'u') return fail("unknown escape");
+    if (!parseHex4(code)) return false;
+    if (code >= 0xDC00 && code <= 0xDFFF) return fail("lone low surrogate");
+    if (code >= 0xD800 && code <= 0xDBFF) {
+      if (byte(at) != '\\' || byte(at + 1) != 'u') return fail("lone high surrogate");
+      at += 2;
+      if (!parseHex4(low) || low < 0xDC00 || low > 0xDFFF) return fail("lone high surrogate");
+      code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+    }
+    const int extra = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
+    out += static_cast<char>(extra == 0 ? code
+                                        : ((0xFF00 >> (extra + 1)) & 0xFF) | code >> (6 * extra));
+    for (int shift = 6 * (extra - 1); shift >= 0; shift -= 6)
+      out += static_cast<char>(0x80 | (code >> shift & 0x3F));
+    return true;
+  }
+
   bool parseString(std::string& out) {
-    ++at;  // the opening quote
-    for (;;) {
-      if (atEnd()) return fail("unterminated string");
-      const unsigned char c = peek();
-      if (c == '"') {
-        ++at;
-        return true;
-      }
+    for (++at;;) {
+      const unsigned char c = byte(at);
+      if (at >= text.size()) return fail("unterminated string");
+      if (c == '"') return ++at, true;
       if (c < 0x20) return fail("raw control character in a string");
-      if (c >= 0x80) {
-        const size_t length = utf8Length();
-        if (length == 0) return fail("invalid UTF-8 in a string");
-        out.append(text, at, length);
-        at += length;
-        continue;
-      }
-      if (c != '\\') {
-        out += static_cast<char>(c);
+      const size_t length = c < 0x80 ? 1 : utf8Length();
+      if (length == 0) return fail("invalid UTF-8 in a string");
+      if (c == '\\') {
         ++at;
+        if (!parseEscape(out)) return false;
         continue;
       }
-      ++at;
-      const unsigned char escape = peek();
-      ++at;
-      switch (escape) {
-        case '"': out += '"'; break;
-        case '\\': out += '\\'; break;
-        case '/': out += '/'; break;
-        case 'b': out += '\b'; break;
-        case 'f': out += '\f'; break;
-        case 'n': out += '\n'; break;
-        case 'r': out += '\r'; break;
-        case 't': out += '\t'; break;
-        case 'u': {
-          unsigned code;
-          if (!parseHex4(code)) return false;
-          if (code >= 0xDC00 && code <= 0xDFFF) return fail("lone low surrogate");
-          if (code >= 0xD800 && code <= 0xDBFF) {
-            unsigned low;
-            if (peek() != '\\' || (++at, peek() != 'u')) return fail("lone high surrogate");
-            ++at;
-            if (!parseHex4(low)) return false;
-            if (low < 0xDC00 || low > 0xDFFF) return fail("lone high surrogate");
-            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
-          }
-          appendUtf8(out, code);
-          break;
-        }
-        default: return fail("unknown escape");
-      }
+      out.append(text, at, length);
+      at += length;
     }
   }
 
   const std::string& text;
   size_t at = 0;
-  std::string message;
+  std::string problem;
 };
 
 }  // namespace tav::test
