@@ -16,7 +16,8 @@
 
 namespace {
 
-// Collects what the formatter displays, for one record at a time.
+// Collects what the formatter displays, for one record at a time. The formatter hands over its
+// output in blocks only (write), so single characters never arrive here.
 class CaptureBuffer : public std::streambuf {
  public:
   std::string text;
@@ -25,10 +26,6 @@ class CaptureBuffer : public std::streambuf {
   std::streamsize xsputn(const char* data, std::streamsize count) override {
     text.append(data, static_cast<size_t>(count));
     return count;
-  }
-  int_type overflow(int_type c) override {
-    if (!traits_type::eq_int_type(c, traits_type::eof())) text += traits_type::to_char_type(c);
-    return traits_type::not_eof(c);
   }
 };
 
