@@ -39,7 +39,7 @@ constexpr unsigned long kConsoleTextInvalidValue = 30;
 
 // Actions the usage string does not show: tagged at the end of its last line, and hidden by
 // the console, yet accepted.
-constexpr char kHiddenActions[] = " ![-init] [-dump] [-reset]";
+constexpr char kHiddenActions[] = "![-init] [-dump] [-reset]";
 
 // The characters a resource key keeps as they are; an instance is made of these alone.
 bool isValidInstance(const char* text) {
