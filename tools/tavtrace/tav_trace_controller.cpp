@@ -133,8 +133,7 @@ int TavClTraceController::run() {
   console.reqArgString("key", key);
   console.hasArgString("instance", instance);
   console.hasArgString("file", fileOption);
-  const char* failedSwitch = nullptr;
-  if (checkFilterValues(failedSwitch) != kExitOk) {
+  if (const char* failedSwitch = findInvalidValue()) {
     char line[TAV_MSG_MAX_LENGTH + 1];
     console.getText(kConsoleTextInvalidValue, line, sizeof line);
     console.writeHeaderLine(error, TAV_CONSOLE_TEXT_FATAL_HEADER);
@@ -147,14 +146,14 @@ int TavClTraceController::run() {
   }
   if (*key == '\0') return fail(kExitUnknownKey, kMessageUnknownKey, key);
 
-  TavClTraceInstance* traceInstance = TavClTraceInstance::createControllerInstance(key, instance);
-  if (traceInstance == nullptr) return fail(kExitCouldNotInitialize, kMessageCouldNotInitialize);
-  environment = &traceInstance->getEnvironment();
+  // Never null: running out of memory ends the process in the memory manager.
+  environment = &TavClTraceInstance::createControllerInstance(key, instance)->getEnvironment();
   traceFile = fileOption != nullptr ? fileOption : environment->getTraceFileName();
   return runActions();
 }
 
-int TavClTraceController::checkFilterValues(const char*& failedSwitch) const {
+// The first filter or format option whose value the tool cannot use, or null.
+const char* TavClTraceController::findInvalidValue() const {
   struct ValueRule {
     const char* name;
     bool (*accepts)(const char*);
@@ -168,12 +167,9 @@ int TavClTraceController::checkFilterValues(const char*& failedSwitch) const {
   };
   for (const ValueRule& rule : kRules) {
     const char* value = nullptr;
-    if (console.hasArgString(rule.name, value) && !rule.accepts(value)) {
-      failedSwitch = rule.name;
-      return kExitInvalidValue;
-    }
+    if (console.hasArgString(rule.name, value) && !rule.accepts(value)) return rule.name;
   }
-  return kExitOk;
+  return nullptr;
 }
 
 int TavClTraceController::runActions() {

@@ -2,19 +2,19 @@
 // named by its trace key, shown as its settings and status, formatted as text or as a timeline.
 //
 // The tool's command line is checked by the console object against the usage string of message
-// 151 (with a hidden line for the "-init", "-dump" and "-reset" actions) and explained by the
-// help text of message 152. The console ends the process itself for command-line faults (201 to
+// 151 (with the "-init", "-dump" and "-reset" actions tagged, and so hidden, at its end) and
+// explained by the help text of message 152. The console ends the process itself for command-line faults (201 to
 // 204). Everything else is decided here and returned as the exit code, so that a test can run
 // the whole tool in its own process:
 //
 //   0  success
 //   1  the file named by -file does not exist                "Specified trace file not found"
-//   2  the instance holds other than letters, digits, '_', '-' or '@', or is empty or too long
+//   2  the instance holds other than letters, digits, '_', '-' or '@', or is empty or longer than 64
 //                                                            "Invalid instance"
 //   3  without -file, the key's trace file does not exist    "Trace file could not be
 //                                                            identified; specified key may be
 //                                                            invalid"
-//   4  the trace instance could not be made, or -init could not create the trace file
+//   4  -init could not create the trace file, or -reset could not remove it
 //                                                            "Could not initialize trace"
 //   5  the trace file cannot be read                         "Could not open trace file for
 //                                                            read access"
@@ -73,7 +73,7 @@ class TavClTraceController {
 
  private:
   int runActions();
-  int checkFilterValues(const char*& failedSwitch) const;
+  const char* findInvalidValue() const;
   int locateTraceFile(bool mustExist);
   int removeTraceFile();
   int createTraceFile();
