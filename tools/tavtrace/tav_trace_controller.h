@@ -9,7 +9,8 @@
 //
 //   0  success
 //   1  the file named by -file does not exist                "Specified trace file not found"
-//   2  the instance holds other than letters, digits, '_', '-' or '@', or is empty or longer than 64
+//   2  the instance holds other than letters, digits, '_', '-' or '@', is empty, or is longer
+//      than 64 characters
 //                                                            "Invalid instance"
 //   3  without -file, the key's trace file does not exist    "Trace file could not be
 //                                                            identified; specified key may be
