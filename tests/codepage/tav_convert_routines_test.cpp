@@ -149,7 +149,7 @@ TEST(ConvertRoutines, CopyAndSwapInPlace) {
 }
 
 TEST(ConvertRoutines, SystemConversionIntoTheProcessCodePage) {
-  TavClUnicode2CodePageConverter system(TavClCCSID(TavClCCSID::getSystemCCSID()));
+  TavClUnicode2CodePageConverter system(TavClCCSID::getSystemCCSID());
   TavClUnicode2CodePageConverter notSystem(TavClCCSID(static_cast<TavEnCCSID>(12345)));
   const std::string input = ucs2({'A', 'b', '1'});
   struct Case {
