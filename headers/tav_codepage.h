@@ -22,6 +22,8 @@
 //   decode to characters its bytes do not name. Well-formed input converts as before, and a
 //   well-formed start cut by the end of the input still reports CPCONVERTER_INCOMPLETE with the
 //   input pointer left on its first byte.
+// - Copying and byte swapping report CPCONVERTER_TOO_BIG, not CPCONVERTER_INCOMPLETE, when an
+//   odd output size rather than the input ends them.
 //
 // ICU serves the code pages without a built-in routine. The library links it on Linux and loads
 // the system's icu.dll at run time on Windows; where that is absent every ICU open fails and
@@ -265,7 +267,10 @@ class TAV_API TavClUnicode2CodePageConverter : public TavClConverterABase {
 };
 
 // From one code page into another: itself the first stage (source to UCS-2), with a second
-// stage (UCS-2 to target) and a buffer between them that grows as needed and is kept.
+// stage (UCS-2 to target) and a buffer between them that grows as needed and is kept. The first
+// stage consumes the whole input into the buffer, so after CPCONVERTER_TOO_BIG from the second
+// stage the input pointer is past text that was not written: size the output with
+// getMaximumSizeForSize. A character cut by the end of the input stays unconsumed.
 class TAV_API TavClCodePage2CodePageConverter : public TavClCodePage2UnicodeConverter {
  public:
   TavClCodePage2CodePageConverter(const TavClCCSID& source, const TavClCCSID& target);
@@ -300,7 +305,8 @@ class TAV_API TavClCodePage2UTF8Converter : public TavClCodePage2CodePageConvert
 // converter's error: CPCONVERTER_TOO_BIG when the output fills before the input is consumed,
 // CPCONVERTER_INCOMPLETE for an odd UCS-2 size or a character cut by the end of the input.
 
-// Copies min(input, output) bytes; an odd count (for UCS-2) is reduced by one, INCOMPLETE.
+// Copies the whole UCS-2 units that fit: TOO_BIG when the output is the limit, INCOMPLETE for an
+// odd input size that fits (its last byte is left).
 TAV_API size_t tavConvertByCopying(TavClConverterABase::_TavStConverter& conversion);
 // As copying, swapping the two bytes of every unit.
 TAV_API size_t tavConvertByEndianSwap(TavClConverterABase::_TavStConverter& conversion);
