@@ -262,7 +262,8 @@ class TAV_API TavClUnicode2CodePageConverter : public TavClConverterABase {
 
   // 5n for 1208, 4n for 1392, else 2n.
   size_t getMaximumSizeForLength(size_t characters) const override;
-  // (n/2)*3 for 1208; n for 1392 and UCS-2; n/2 single-byte; n rounded down to even double-byte.
+  // (n/2)*3 for 1208; n for 1392 and UCS-2; n/2 single-byte; n rounded down to even double-byte;
+  // 2n for a target of none of these kinds.
   size_t getMaximumSizeForSize(size_t bytes) const override;
 };
 

@@ -4,6 +4,7 @@
 // found by binary search; a name is found by a walk in table order, the first match winning.
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <iterator>
 #include <string>
@@ -25,8 +26,9 @@ const _TavStCCSIDRow kRows[] = {
 
 const _TavStCCSIDRow* const kSentinel = &kRows[0];
 
-// The OEM code page is asked once; 0 means not asked yet (no process has code page 0).
-TavEnCCSID gs_enConsoleCCSID = TAV_CCSID_UNKNOWN;
+// The OEM code page is asked once; 0 means not asked yet. Threads that ask first at the same
+// time all store the same value; the atomic only keeps that race well-defined.
+std::atomic<uint32_t> gs_uiConsoleCCSID{0};
 
 bool isDecimalDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -125,10 +127,12 @@ TavEnCCSID TavClCCSID::getSystemCCSID() {
 }
 
 TavEnCCSID TavClCCSID::getConsoleCCSID() {
-  if (gs_enConsoleCCSID == TAV_CCSID_UNKNOWN) {
-    gs_enConsoleCCSID = static_cast<TavEnCCSID>(tav::os::processOemCodePage());
+  uint32_t ccsid = gs_uiConsoleCCSID.load(std::memory_order_relaxed);
+  if (ccsid == 0) {
+    ccsid = tav::os::processOemCodePage();
+    gs_uiConsoleCCSID.store(ccsid, std::memory_order_relaxed);
   }
-  return gs_enConsoleCCSID;
+  return static_cast<TavEnCCSID>(ccsid);
 }
 
 TavEnCCSID TavClCCSID::getCCSIDForUCS2EndianId(const char* bytes) {

@@ -85,7 +85,7 @@ size_t TavClConverterABase::convertBytes(char* out, size_t outSize, const char**
 
 size_t TavClConverterABase::convertBytes(char* out, size_t outSize, const char* in,
                                          size_t inSize) const {
-  return TavClConverterABase::convertBytes(out, outSize, &in, inSize);
+  return convertBytes(out, outSize, &in, inSize);
 }
 
 void TavClConverterABase::initCodePage2Unicode() {

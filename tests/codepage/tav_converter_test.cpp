@@ -97,6 +97,35 @@ TEST(ConverterSelection, IcuStagesNeedIcuData) {
   EXPECT_TRUE(second.isSupported());
 }
 
+// Exposes the protected re-selection of a converter.
+class ReselectingConverter : public TavClCodePage2UnicodeConverter {
+ public:
+  using TavClCodePage2UnicodeConverter::TavClCodePage2UnicodeConverter;
+  void selectFor(const TavClCCSID& source) { initNewCodePage2Unicode(source); }
+  void disable() { setConverterError(); }
+};
+
+TEST(ConverterSelection, ChoosingAgainForANewSource) {
+  ReselectingConverter converter(TAV_CCSID_UCS2_BIG_ENDIAN);
+  EXPECT_EQ(routineName(converter.getAlgorithm()), "swap");
+  // Leaving an ICU converter behind releases it (the leak checkers of the sanitizer build see
+  // one that is not).
+  const TavEnCCSID sources[] = {TAV_CCSID_EBCDIC_37, TAV_CCSID_UTF8, TAV_CCSID_EBCDIC_37};
+  for (TavEnCCSID source : sources) {
+    SCOPED_TRACE(source);
+    converter.selectFor(source);
+    EXPECT_EQ(converter.getSourceCCSID().getCCSID(), source);
+    bool viaIcu = source == TAV_CCSID_EBCDIC_37;
+    if (viaIcu && !tav::os::icuIsAvailable()) continue;
+    EXPECT_EQ(routineName(converter.getAlgorithm()), viaIcu ? "icu" : "utf8toucs2");
+  }
+  converter.disable();
+  EXPECT_FALSE(converter.isSupported());
+  char out[4];
+  EXPECT_EQ(converter.convertBytes(out, sizeof out, "ab", 2), 0u);
+  EXPECT_EQ(converter.getError().id, static_cast<uint32_t>(CPCONVERTER_UNSUPPORTED));
+}
+
 TEST(ConverterSizes, EstimatesPerConverter) {
   for (const auto& row : tav::test::readDataTable("codepage/size_estimates.txt", 5)) {
     SCOPED_TRACE(row.where);
