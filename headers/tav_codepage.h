@@ -227,7 +227,7 @@ class TAV_API TavClConverterABase : public TavClMemoryManagedObject {
   void initUnicode2CodePage();
   // Releases the current routine, takes a new source and chooses again.
   void initNewCodePage2Unicode(const TavClCCSID& source);
-  // Closes an ICU converter and falls back to tavConvertError.
+  // Close an ICU converter and fall back to tavConvertError.
   void deinit();
   void setConverterError();
 

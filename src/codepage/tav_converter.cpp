@@ -172,7 +172,8 @@ void TavClConverterABase::deinit() {
   algorithm = tavConvertError;
 }
 
-void TavClConverterABase::setConverterError() { algorithm = tavConvertError; }
+// Dropping the routine also releases its ICU converter, which nothing would close otherwise.
+void TavClConverterABase::setConverterError() { deinit(); }
 
 const char* TavClConverterABase::getUCS2BigEndianId() { return kBigEndianId; }
 const char* TavClConverterABase::getUCS2LittleEndianId() { return kLittleEndianId; }
