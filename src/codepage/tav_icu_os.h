@@ -24,7 +24,7 @@ inline constexpr int32_t kIcuBufferOverflowError = 15;  // U_BUFFER_OVERFLOW_ERR
 // Whether ICU can be used at all in this process.
 TAV_INTERNAL_API bool icuIsAvailable();
 
-// Open a converter by ICU's name for it, or by IBM CCSID; null with *status set on failure.
+// Open a converter by ICU's name for it, or by CCSID; null with *status set on failure.
 IcuConverter icuOpenByName(const char* name, int32_t* status);
 IcuConverter icuOpenByCCSID(int32_t ccsid, int32_t* status);
 // Lets the converter use fallback mappings (a near character where no exact one exists).

@@ -23,7 +23,8 @@ using ToUnicodeFunction = void (*)(void*, char16_t**, const char16_t*, const cha
 using FromUnicodeFunction = void (*)(void*, char**, const char*, const char16_t**, const char16_t*,
                                      int32_t*, signed char, int32_t*);
 
-constexpr int32_t kIbmPlatform = 0;  // UCNV_IBM
+// ICU's platform value under which CCSIDs are numbered (the first of its enumeration).
+constexpr int32_t kCcsidPlatform = 0;
 
 struct IcuEntryPoints {
   OpenFunction open = nullptr;
@@ -82,7 +83,7 @@ IcuConverter icuOpenByCCSID(int32_t ccsid, int32_t* status) {
     *status = kIcuUnsupportedError;
     return nullptr;
   }
-  void* converter = icu().openCCSID(ccsid, kIbmPlatform, status);
+  void* converter = icu().openCCSID(ccsid, kCcsidPlatform, status);
   return *status > 0 ? nullptr : converter;
 }
 
