@@ -5,7 +5,8 @@ cd "$(dirname "$0")/.."
 
 bash scripts/install-deps.sh demo
 cmake -S . -B out/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF >/dev/null
-cmake --build out/demo --target tav_demo tav_trace_demo tavtrace tav_console_demo tav_ini_demo
+cmake --build out/demo --target tav_demo tav_trace_demo tavtrace tav_console_demo tav_ini_demo \
+  tav_codepage_demo
 echo
 ./out/demo/bin/tav_demo
 
@@ -48,3 +49,7 @@ echo
 echo "--- a configuration file: load, change a value, save atomically"
 cp examples/tav_ini_demo.ini out/demo/settings.ini
 ./out/demo/bin/tav_ini_demo out/demo/settings.ini
+
+echo
+echo "--- code pages: a line of UTF-8 into EBCDIC 37 through ICU, and back"
+./out/demo/bin/tav_codepage_demo
