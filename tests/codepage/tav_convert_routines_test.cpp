@@ -1,5 +1,5 @@
-// tav_convert_routines_test.cpp - the conversion routines: the written examples, every output
-// size up to the whole result with a guard region behind it, and the UTF-8 character decoder.
+// tav_convert_routines_test.cpp - the conversion routines: their defining examples, every
+// output size up to the whole result with a guard region behind it, and the UTF-8 decoder.
 
 #include <gtest/gtest.h>
 
