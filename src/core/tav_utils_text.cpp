@@ -57,7 +57,8 @@ char* writeDigits64(uint64_t value, char* out) {
   if (value <= UINT32_MAX) return writeDigits32(static_cast<uint32_t>(value), out);
   const auto low = static_cast<uint32_t>(value % kTenToTheEighth);
   const uint64_t high = value / kTenToTheEighth;
-  if (high < kTenToTheEighth) return writeEight(low, writeDigits32(static_cast<uint32_t>(high), out));
+  if (high < kTenToTheEighth)
+    return writeEight(low, writeDigits32(static_cast<uint32_t>(high), out));
   const auto middle = static_cast<uint32_t>(high % kTenToTheEighth);
   const auto top = static_cast<uint32_t>(high / kTenToTheEighth);  // at most 1844
   return writeEight(low, writeEight(middle, writeDigits32(top, out)));
@@ -74,7 +75,8 @@ int terminate(char* end, char* start) {
 int writeSigned32(int32_t value, char* out) {
   *out = '-';
   const bool negative = value < 0;
-  const uint32_t magnitude = negative ? 0u - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
+  const uint32_t magnitude =
+      negative ? 0u - static_cast<uint32_t>(value) : static_cast<uint32_t>(value);
   return terminate(writeDigits32(magnitude, out + (negative ? 1 : 0)), out);
 }
 
@@ -101,9 +103,13 @@ int lowerCase(char c) { return std::tolower(static_cast<unsigned char>(c)); }
 
 int tavItoa(int32_t value, char* buffer) { return writeSigned32(value, buffer); }
 int tavLtoa(int32_t value, char* buffer) { return writeSigned32(value, buffer); }
-int tavULtoa(uint32_t value, char* buffer) { return terminate(writeDigits32(value, buffer), buffer); }
+int tavULtoa(uint32_t value, char* buffer) {
+  return terminate(writeDigits32(value, buffer), buffer);
+}
 int tavI64toa(int64_t value, char* buffer) { return writeSigned64(value, buffer); }
-int tavW64toa(uint64_t value, char* buffer) { return terminate(writeDigits64(value, buffer), buffer); }
+int tavW64toa(uint64_t value, char* buffer) {
+  return terminate(writeDigits64(value, buffer), buffer);
+}
 
 static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__,
               "the host byte-order functions assume a little-endian host");

@@ -50,8 +50,8 @@ bool tavMatchesWildcardPattern(const char* pattern, const char* text, bool caseS
       if (*pattern == '\0') return true;
       resumePattern = pattern;
       resumeText = text;
-    } else if (*pattern != '\0' && (*pattern == '?' || *pattern == *text ||
-                                    fold(*pattern) == fold(*text))) {
+    } else if (*pattern != '\0' &&
+               (*pattern == '?' || *pattern == *text || fold(*pattern) == fold(*text))) {
       ++pattern;
       ++text;
       continue;

@@ -50,12 +50,12 @@ std::string lookUp(const TavClIniFile& file, const char* name, ModelLookUp model
   return std::to_string(+value) + "{" + comment + "}";
 }
 
-#define TAV_LOOK_UP(T, GET, VALUE_OF)                                                     \
-  lookUp<T>(                                                                              \
-      model.file, row.text(0),                                                            \
-      [&](const char* n, T& v, const char** c) {                                          \
-        return c == nullptr ? model.file.GET(n, v) : model.file.GET(n, v, *c);            \
-      },                                                                                  \
+#define TAV_LOOK_UP(T, GET, VALUE_OF)                                          \
+  lookUp<T>(                                                                   \
+      model.file, row.text(0),                                                 \
+      [&](const char* n, T& v, const char** c) {                               \
+        return c == nullptr ? model.file.GET(n, v) : model.file.GET(n, v, *c); \
+      },                                                                       \
       [](const TavClIniFileOptionCursor& o, T& v) { return o.VALUE_OF(v); })
 
 TEST(IniLookUps, TypedValuesAgreeInEveryForm) {

@@ -54,7 +54,8 @@ TEST_F(IniSave, WritesTheModelByteForByteWithItsDeliberateQuirks) {
   ASSERT_TRUE(model.save());
   ASSERT_TRUE(model.save());  // the object's stream stays open: a second copy follows
   const std::string once =
-      "\n[S]\na= 1\t; c\nsemi= \"x;y\"\ntab= \"1\\t2\"\nquote= \"say \"hi\";\"\nblank=  b \n\n[T]\n";
+      "\n[S]\na= 1\t; c\nsemi= \"x;y\"\ntab= \"1\\t2\"\nquote= \"say \"hi\";\"\nblank=  b "
+      "\n\n[T]\n";
   EXPECT_EQ(read(name), once + once);
 
   // The plain format loses what its quirks drop: the empty value, the blanks, the inner quotes.
@@ -91,10 +92,10 @@ TEST_F(IniSave, AtomicSaveRoundTripsEveryValueExactly) {
   EXPECT_EQ(std::distance(fs::directory_iterator(directory), fs::directory_iterator()), 1)
       << "a temporary file was left beside the target";
 
-  for (const char* input : {"[S]\na = one ; note\nb = \"x;y\" ; after\nc = 'x'\nd = '\\t'\n",
-                            "[ Spaced ]\nmax size = 5\n[S]\n[S]\nk = v\n",
-                            "[S]\na = abc\n   def ; continued\nz =\n",
-                            "[S]\nq = \"\\x41\\101\" ; AA\nr = \" both \"\ns = back\\slash\n"}) {
+  for (const char* input :
+       {"[S]\na = one ; note\nb = \"x;y\" ; after\nc = 'x'\nd = '\\t'\n",
+        "[ Spaced ]\nmax size = 5\n[S]\n[S]\nk = v\n", "[S]\na = abc\n   def ; continued\nz =\n",
+        "[S]\nq = \"\\x41\\101\" ; AA\nr = \" both \"\ns = back\\slash\n"}) {
     SCOPED_TRACE(input);
     TavClIniFileSave first{TavClFilename(name.c_str())};
     ASSERT_TRUE(
