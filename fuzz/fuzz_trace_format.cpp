@@ -1,5 +1,7 @@
-// Fuzzes the trace formatter: any byte stream formatted as a trace file must end normally or
-// with one of the formatter's three errors, never crash, hang or allocate by a size field.
+// Fuzzes the trace formatter and its JSON writer: any byte stream formatted as a trace file
+// must end normally or with one of the formatter's three errors, never crash, hang or allocate
+// by a size field; and the JSON written from it, whether the file failed or not, must be valid
+// JSON to a strict parser.
 // Input layout: byte 0 chooses the display switches (bit 0 nesting, bit 1 function headers
 // off, bit 2 repeated origins off, bit 3 hexadecimal, bit 4 binary, bit 5 a format without
 // "%d"); the rest is the trace file.
@@ -11,9 +13,11 @@
 #include <sstream>
 #include <string>
 
+#include "../tests/support/tav_test_json.h"
 #include "fuzz_trace_environment.h"
 #include "tav_error.h"
 #include "tav_trace_formatter.h"
+#include "tav_trace_json.h"
 
 namespace {
 
@@ -35,6 +39,14 @@ class CountingBuffer : public std::streambuf {
   }
 };
 
+void expectFormatFailure(const TavClExceptionFatal& failure) {
+  const std::uint32_t id = failure.getId();
+  if (id != TRACEFORMAT_UNEXPECTED_EOF && id != TRACEFORMAT_FILE_CORRUPTED) {
+    std::fprintf(stderr, "unexpected error id %u\n", static_cast<unsigned>(id));
+    std::abort();
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -50,17 +62,27 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   formatter.setDisplayIndentation("  ");
   if ((switches & 32) != 0) formatter.setFormatString("%f %m %x%n");
 
-  std::istringstream input(std::string(reinterpret_cast<const char*>(data + 1), size - 1));
+  const std::string trace(reinterpret_cast<const char*>(data + 1), size - 1);
+  std::istringstream input(trace);
   CountingBuffer sink;
   std::ostream output(&sink);
   try {
     formatter.format(input, output);
   } catch (const TavClExceptionFatal& failure) {
-    const std::uint32_t id = failure.getId();
-    if (id != TRACEFORMAT_UNEXPECTED_EOF && id != TRACEFORMAT_FILE_CORRUPTED) {
-      std::fprintf(stderr, "unexpected error id %u\n", static_cast<unsigned>(id));
-      std::abort();
-    }
+    expectFormatFailure(failure);
+  }
+
+  std::istringstream jsonInput(trace);
+  std::ostringstream json;
+  try {
+    TavClTraceJsonWriter(formatter).write(jsonInput, json);
+  } catch (const TavClExceptionFatal& failure) {
+    expectFormatFailure(failure);
+  }
+  std::string error;
+  if (!tav::test::JsonParser::parse(json.str(), nullptr, &error)) {
+    std::fprintf(stderr, "invalid JSON: %s\n", error.c_str());
+    std::abort();
   }
   // Each input byte yields a bounded amount of text: at most one record per 20 bytes, each at
   // most the format, its texts, the deepest indentation and its data shown.

@@ -6,10 +6,11 @@
 // records with an empty name, so cursors standing on them stay usable. TavClIniFileSave derives
 // from the model and writes it back.
 //
-// Every option keeps its name, value and comment in one fixed store of kTextSize characters;
-// longer texts are cut to fit, never written past it. An input line longer than kMaxLineLength
-// characters is reported as INIFILE_LINE_TOO_LONG with its line number and skipped; the lines
-// after it are read as usual.
+// Every option keeps its name, value and comment one behind the other in a store of at most
+// kTextSize characters; longer texts are cut to fit, never written past it. The store is
+// allocated to the size its texts need rather than in full, so a model takes memory in
+// proportion to its file. An input line longer than kMaxLineLength characters is reported as
+// INIFILE_LINE_TOO_LONG with its line number and skipped; the lines after it are read as usual.
 
 #ifndef TAV_INI_H
 #define TAV_INI_H
@@ -39,9 +40,10 @@ TAV_API char tavIniFileGetEscCharacter(const char*& p);
 // closing apostrophe. Reads no further than the NUL that ends the text.
 TAV_API char tavIniFileGetQuotedCharacter(const char*& p);
 
-// One option: name, value and comment one behind the other in a single fixed store.
+// One option: name, value and comment one behind the other in a single store.
 class TAV_API TavClIniFileOption : public TavClMemoryManagedObject {
  public:
+  // The store's full size: the limits every text is cut to.
   static constexpr size_t kTextSize = 1032;
   // The longest value (and the longest name) a store holds.
   static constexpr size_t kMaxValueLength = 1024;
@@ -75,11 +77,16 @@ class TAV_API TavClIniFileOption : public TavClMemoryManagedObject {
   // Applies the value rules to `source` and writes value and comment from `destination` on,
   // never beyond the end of the store.
   void processValue(const char* source, char* destination);
+  // Moves the texts from a full-size working image into a store of the size they use.
+  void keepFrom(char* image);
+  // Runs a change on a full-size working image of the store, then keeps the result.
+  template <typename Change>
+  void change(Change&& apply);
 
   TavClIniFileOption* next = nullptr;
-  char text[kTextSize];
-  char* value;
-  char* comment;
+  char* text = nullptr;
+  char* value = nullptr;
+  char* comment = nullptr;
 };
 
 // One section: a name of at most kMaxNameLength characters and its options.
@@ -125,8 +132,9 @@ class TAV_API TavClIniFile : public TavClFile {
   TavClIniFile& operator=(const TavClIniFile&) = delete;
   ~TavClIniFile() override;
 
-  // Reads the file (line feed ends a line, duplicate headers make new sections). False when the
-  // file cannot be opened or the error handler stopped the parse.
+  // Reads the file (line feed ends a line, a carriage return before it is dropped on every
+  // platform, duplicate headers make new sections). False when the file cannot be opened or the
+  // error handler stopped the parse.
   bool load(bool allowContinuation);
   // Parses `length` bytes of memory. The line counter goes on from the previous load.
   bool loadFromBuffer(const char* buffer, size_t length, char delimiter,
@@ -202,6 +210,8 @@ class TAV_API TavClIniFile : public TavClFile {
   TavClIniFileSectionIndex* sectionIndex = nullptr;
   // Set when the error handler stopped the parse inside the line reader.
   bool parseStopped = false;
+  // Set while load(bool) reads a file: CR LF line ends then read as LF.
+  bool readingTextFile = false;
 };
 
 // Walks the sections of a model in file order; deleted sections are visited with empty names.
@@ -258,6 +268,7 @@ class TAV_API TavClIniFileOptionCursor : public TavClUniDirCursorABase {
 // left as they are, and blanks at either end of a value unquoted. saveAtomic() writes so that
 // loading the file again gives back exactly the same model, into a temporary file in the same
 // directory that then replaces the target, so a crash leaves either the old or the new file.
+// The new file keeps the old one's permissions; a read-only file is not replaced (false).
 // It quotes values with blanks at either end, a double quote (escaped), an apostrophe, "$(",
 // a ';' or a control character, keeps empty values, and spreads a value too long for one line
 // over continuation lines (load such a file with continuation allowed). It returns false and

@@ -119,6 +119,9 @@ class TAV_API TavClTraceFormatter : public TavClMemoryManagedObject {
   static const char* getTypeAsLongCString(uint32_t type);
 
  private:
+  // The JSON writer shows records through this formatter's filter, switches and data display.
+  friend class TavClTraceJsonWriter;
+
   static constexpr uint32_t kFunctionHeaders = 1;
   static constexpr uint32_t kRepeatedOrigins = 2;
   static constexpr uint32_t kNesting = 4;
@@ -129,6 +132,8 @@ class TAV_API TavClTraceFormatter : public TavClMemoryManagedObject {
   void setFlag(uint32_t flag, bool on) { flags = on ? flags | flag : flags & ~flag; }
   bool isEnabled(uint32_t flag) const { return (flags & flag) != 0; }
 
+  // Opens the environment's trace file and hands it to body; raises the open and read failures.
+  void readTraceFile(void (*body)(std::istream& input, void* context), void* context);
   bool formatEntry(std::istream& input, TavClTraceFileEntry& entry);
   void walkFormat(std::istream& input, const TavClTraceFileEntry& entry, bool showOrigin);
   void skipEntry(std::istream& input, uint64_t size);

@@ -5,7 +5,8 @@ cd "$(dirname "$0")/.."
 
 bash scripts/install-deps.sh demo
 cmake -S . -B out/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF >/dev/null
-cmake --build out/demo --target tav_demo tav_trace_demo tav_console_demo tav_ini_demo
+cmake --build out/demo --target tav_demo tav_trace_demo tavtrace tav_console_demo tav_ini_demo \
+  tav_codepage_demo
 echo
 ./out/demo/bin/tav_demo
 
@@ -17,11 +18,21 @@ TAVDEMO_TRACE_ACTIVE=on TAVDEMO_TRACE_DETAIL=high TAVDEMO_TRACE_AUTOCLEAR=on \
 echo "trace file: $trace_file, $(wc -c <"$trace_file") bytes"
 ./out/demo/bin/tav_trace_demo --count "$trace_file"
 echo
-echo "--- the trace in the default format"
-./out/demo/bin/tav_trace_demo --format "$trace_file"
+echo "--- the trace controller: tavtrace -key tavdemo (the trace's settings and status)"
+export TAVDEMO_TRACE_DETAIL=high TAVDEMO_TRACE_FILE="$trace_file"
+./out/demo/bin/tavtrace -key tavdemo
 echo
-echo "--- the trace one line a record, indented by function nesting"
-./out/demo/bin/tav_trace_demo --nested "$trace_file"
+echo "--- the trace in the default format: tavtrace -key tavdemo -display"
+./out/demo/bin/tavtrace -key tavdemo -display
+echo
+echo "--- one line a record, indented by function nesting: -fnest -findent '|  ' -format '%x %f %m %d'"
+./out/demo/bin/tavtrace -key tavdemo -display -fnest -findent "|  " -format "%x %f %m %d"
+echo
+json_file="$PWD/out/demo/tavdemo.json"
+./out/demo/bin/tavtrace -key tavdemo -display -format chrome >"$json_file"
+echo "--- tavtrace -key tavdemo -display -format chrome > $json_file"
+echo "trace-event JSON, $(wc -c <"$json_file") bytes: open it in Perfetto (ui.perfetto.dev) or chrome://tracing"
+unset TAVDEMO_TRACE_DETAIL TAVDEMO_TRACE_FILE
 
 echo
 echo "--- a command-line tool: tav_console_demo -h"
@@ -38,3 +49,7 @@ echo
 echo "--- a configuration file: load, change a value, save atomically"
 cp examples/tav_ini_demo.ini out/demo/settings.ini
 ./out/demo/bin/tav_ini_demo out/demo/settings.ini
+
+echo
+echo "--- code pages: a line of UTF-8 into EBCDIC 37 through ICU, and back"
+./out/demo/bin/tav_codepage_demo

@@ -28,6 +28,11 @@ uint32_t operatingSystemId();
 // (directly, or through its own import stub).
 bool isRuntimeMalloc(void* (*allocator)(size_t));
 
+// The upper-case mapping of the calling thread's current C locale as a table indexed by an
+// unsigned char value, where the C library keeps one that stays valid until the locale changes;
+// null where it does not, and then toupper answers.
+const int32_t* upperCaseTable();
+
 // Shows the assertion report in a blocking message box where the platform has one.
 void showAssertionPopup(const char* report);
 

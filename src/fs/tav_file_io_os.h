@@ -19,6 +19,8 @@ enum class FileOpening {
   append,     // for writing at its end, created readable and writable by its owner if missing
   createNew,  // a new file for writing, readable and writable by its owner (alreadyExists if
               // the name exists)
+  createNewDefault,  // the same, with the permissions a new file gets by default (on POSIX,
+                     // readable and writable by all less the process's file-creation mask)
 };
 
 // Opens name and puts the handle into *handle; nothing is opened when the status is a failure.

@@ -58,6 +58,9 @@ OsStatus renameNoReplace(const char* from, const char* to);
 // Copies the bytes and the permissions of source to target, which must not exist
 // (alreadyExists when it does). A failed copy removes what it made of target.
 OsStatus copyToNewFile(const char* source, const char* target);
+// Gives target the permissions of source (on Windows its hidden, system and archive
+// attributes), so that a file written anew and renamed over source looks like it.
+OsStatus copyPermissions(const char* source, const char* target);
 // Moves source over target in one step: target is replaced whole or not at all.
 OsStatus replaceFile(const char* source, const char* target);
 

@@ -1,7 +1,8 @@
 // tav_ini_parser.cpp - reading configuration text into the model.
 //
 // Lines are read into a fixed buffer one character at a time; a line too long for it is
-// reported, skipped up to its delimiter, and reading goes on with the next line. Merging
+// reported, skipped up to its delimiter, and reading goes on with the next line. A file is read
+// as text: CR LF line ends read as LF on every platform. Merging
 // duplicate section headers looks names up in a hash index built for the load, so loading stays
 // linear in the size of the input however many sections it holds.
 
@@ -88,6 +89,7 @@ bool TavClIniFile::nextLine(std::istream& in, char* buffer, char delimiter) {
     int c = source->sbumpc();
     if (c == std::char_traits<char>::eof()) return false;
     for (; c != std::char_traits<char>::eof() && c != delimiterCode; c = source->sbumpc()) {
+      if (c == '\r' && readingTextFile && source->sgetc() == delimiterCode) continue;
       if (length < kMaxLineLength) {
         buffer[length++] = static_cast<char>(c);
       } else {
@@ -165,11 +167,17 @@ bool TavClIniFile::load(std::istream& in, char delimiter, bool appendDuplicateSe
   return goOn && !parseStopped;
 }
 
+// The file is read as bytes and a carriage return before a line feed is dropped here, rather
+// than by the C runtime's text mode, so that every platform reads the same file the same way
+// (the Windows runtime would also end the text at a Ctrl-Z).
 bool TavClIniFile::load(bool allowContinuation) {
-  std::ifstream in(getName());
+  std::ifstream in(getName(), std::ios::binary);
   if (!in.is_open()) return false;
   lineCounter = 0;
-  return load(in, '\n', true, allowContinuation);
+  readingTextFile = true;
+  const bool loaded = load(in, '\n', true, allowContinuation);
+  readingTextFile = false;
+  return loaded;
 }
 
 bool TavClIniFile::loadFromBuffer(const char* buffer, size_t length, char delimiter,

@@ -22,7 +22,8 @@ constexpr int kTemporaryNameAttempts = 8;
 constexpr const char* kTemporaryPrefix = "~INI";
 
 // Creates a new temporary file in the directory of target; false when none could be made.
-bool createTemporary(const char* target, TavClFilename* temporary, int* handle) {
+bool createTemporary(const char* target, tav::os::FileOpening opening, TavClFilename* temporary,
+                     int* handle) {
   for (int attempt = 0; attempt < kTemporaryNameAttempts; ++attempt) {
     try {
       *temporary = TavClTmpFilename(TavClFilename(target), kTemporaryPrefix);
@@ -30,7 +31,7 @@ bool createTemporary(const char* target, TavClFilename* temporary, int* handle) 
       return false;  // the directory leaves no room for a temporary name
     }
     const tav::os::OsStatus status =
-        tav::os::openFile(temporary->getAsCString(), tav::os::FileOpening::createNew, handle);
+        tav::os::openFile(temporary->getAsCString(), opening, handle);
     if (status.ok()) return true;
     if (!status.is(tav::os::OsFailure::alreadyExists)) return false;
   }
@@ -104,10 +105,18 @@ bool TavClIniFileSave::saveAtomic() {
     }
   }
 
+  // A read-only file is not replaced (the rename would do it on POSIX). A file that exists gives
+  // its permissions to the new one; until then the new one is its owner's alone, since it may
+  // hold what the old one kept private. A new file gets the permissions new files get.
+  const bool replacing = tav::os::pathExists(getName());
+  if (replacing && tav::os::isReadOnly(getName())) return false;
   TavClFilename temporary;
   int handle = -1;
-  if (!createTemporary(getName(), &temporary, &handle)) return false;
+  const tav::os::FileOpening opening =
+      replacing ? tav::os::FileOpening::createNew : tav::os::FileOpening::createNewDefault;
+  if (!createTemporary(getName(), opening, &temporary, &handle)) return false;
   if (!writeAndClose(handle, text.str()) ||
+      (replacing && !tav::os::copyPermissions(getName(), temporary.getAsCString()).ok()) ||
       !tav::os::replaceFile(temporary.getAsCString(), getName()).ok()) {
     tav::os::removeFile(temporary.getAsCString());
     return false;

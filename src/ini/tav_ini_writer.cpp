@@ -55,9 +55,11 @@ bool isWritableName(const char* name) {
 }
 
 // A comment the parser reads back as it stands: it starts after the blanks behind ';' and
-// ends at the line's end.
+// ends at the line's end, where a file's reader drops a carriage return.
 bool isWritableComment(const char* comment) {
-  return !isSpace(comment[0]) && std::strchr(comment, '\n') == nullptr;
+  const size_t length = std::strlen(comment);
+  return !isSpace(comment[0]) && std::strchr(comment, '\n') == nullptr &&
+         (length == 0 || comment[length - 1] != '\r');
 }
 
 // Appends the value as quoted pieces, starting a continuation line whenever the next

@@ -6,9 +6,6 @@
 #include "tav_message.h"
 #include "tav_message_substitution.h"
 
-namespace {
-constexpr char kUnknownVariable[] = "???";
-}
 
 TavClMessage::TavClMessage(const TavClMessageCatalog& catalog, unsigned long id)
     : catalog(&catalog), text(inlineText), messageId(static_cast<uint32_t>(id)), isLoaded(false) {
@@ -78,7 +75,7 @@ unsigned long TavClMessage::replaceVars(char* out, unsigned long outSize, const 
 const char* TavClMessage::loadMessage(const char* const vars[TAV_MSG_VARIABLE_COUNT]) {
   const char* variables[TAV_MSG_VARIABLE_COUNT];
   for (size_t i = 0; i < TAV_MSG_VARIABLE_COUNT; ++i) {
-    variables[i] = vars != nullptr && vars[i] != nullptr ? vars[i] : kUnknownVariable;
+    variables[i] = vars != nullptr && vars[i] != nullptr ? vars[i] : tav::kUnknownMessageVariable;
   }
   releaseText();
   isLoaded = false;

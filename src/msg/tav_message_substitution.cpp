@@ -4,16 +4,16 @@
 
 #include <cctype>
 #include <climits>
+#include <cstdint>
+#include <cstring>
 
 namespace {
 
-constexpr char kUnknownVariable[] = "???";
-
-// The number that atol would read at text, saturated instead of overflowing: only whether it
-// lies between 1 and the count of variables matters.
 // isdigit is the same in every locale; this one needs no call.
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+// The number that atol would read at text, saturated instead of overflowing: only whether it
+// lies between 1 and the count of variables matters.
 long readVariableNumber(const char* text) {
   bool negative = false;
   if (!isDigit(*text)) {  // the rare forms "% 2" and "%+2"
@@ -27,56 +27,79 @@ long readVariableNumber(const char* text) {
   return negative ? -number : number;
 }
 
-class BoundedOutput {
- public:
-  BoundedOutput(char* out, size_t limit) : out(out), limit(limit) {}
-  bool full() const { return written >= limit; }
-  void put(char c) {
-    if (!full()) out[written++] = c;
+// Copies the text before the next "%" (or up to inEnd) and returns where copying stopped. While
+// eight bytes of input and of room are left, eight are tested at a time: a "%" is a zero byte
+// of the chunk xor "%%%%%%%%", and the lowest byte the test flags is exact. The whole chunk is
+// stored, but the output only advances past the bytes before the "%".
+const char* copyRun(const char* position, const char* inEnd, char*& next, char* end) {
+  constexpr uint64_t kPercents = 0x2525252525252525u;
+  constexpr uint64_t kOnes = 0x0101010101010101u;
+  constexpr uint64_t kHighBits = 0x8080808080808080u;
+  while (inEnd - position >= 8 && end - next >= 8) {
+    uint64_t chunk;
+    std::memcpy(&chunk, position, 8);
+    std::memcpy(next, position, 8);
+    const uint64_t differences = chunk ^ kPercents;
+    const uint64_t percents = (differences - kOnes) & ~differences & kHighBits;
+    if (percents != 0) {
+      const int before = __builtin_ctzll(percents) / 8;
+      next += before;
+      return position + before;
+    }
+    position += 8;
+    next += 8;
   }
-  void put(const char* text) {
-    while (*text != '\0' && !full()) out[written++] = *text++;
-  }
-  size_t finish() {
-    out[written] = '\0';
-    return written;
-  }
-
- private:
-  char* out;
-  size_t limit;
-  size_t written = 0;
-};
+  while (position < inEnd && next < end && *position != '%') *next++ = *position++;
+  return position;
+}
 
 }  // namespace
 
 namespace tav {
 
+const char kUnknownMessageVariable[] = "???";
+
 size_t substituteMessageVariables(char* out, size_t limit, const char* in,
                                   const char* const variables[], size_t variableCount) {
-  BoundedOutput output(out, limit);
+  char* next = out;
+  char* const end = out + limit;
   const char* position = in;
-  while (*position != '\0' && !output.full()) {
-    if (*position != '%') {
-      output.put(*position++);
-      continue;
-    }
+  const char* const inEnd = in + std::strlen(in);
+  for (;;) {
+    position = copyRun(position, inEnd, next, end);
+    if (position == inEnd || next == end) break;
     ++position;  // past "%"
     if (*position == '%') {
-      output.put('%');
+      *next++ = '%';
       ++position;
       continue;
     }
-    const long number = readVariableNumber(position);
-    const char* variable = kUnknownVariable;
+    // One or two digits, the usual forms, are read here; anything else as atol would.
+    long number;
+    if (isDigit(position[0]) && !isDigit(position[1])) {
+      number = position[0] - '0';
+      position += 1;
+    } else if (isDigit(position[0]) && !isDigit(position[2])) {
+      number = (position[0] - '0') * 10 + (position[1] - '0');
+      position += 2;
+    } else {
+      number = readVariableNumber(position);
+      while (isDigit(*position)) ++position;
+    }
+    const char* variable = kUnknownMessageVariable;
     if (number >= 1 && static_cast<unsigned long>(number) <= variableCount &&
         variables[number - 1] != nullptr) {
       variable = variables[number - 1];
     }
-    output.put(variable);
-    while (isDigit(*position)) ++position;
+    if (variable == kUnknownMessageVariable && end - next >= 4) {
+      std::memcpy(next, variable, 4);  // the terminator is overwritten or ends the text
+      next += 3;
+      continue;
+    }
+    while (*variable != '\0' && next < end) *next++ = *variable++;
   }
-  return output.finish();
+  *next = '\0';
+  return static_cast<size_t>(next - out);
 }
 
 }  // namespace tav

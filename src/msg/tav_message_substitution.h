@@ -16,6 +16,10 @@
 
 namespace tav {
 
+// "???", the text of a variable that is missing. Substitution copies this very text faster than
+// any other, so callers that fill in missing variables use it rather than a copy of their own.
+extern const char kUnknownMessageVariable[];
+
 // Writes at most `limit` characters and a terminator to `out` (which holds limit + 1 bytes) and
 // returns the count written. Null entries among the variables read as "???".
 TAV_INTERNAL_API size_t substituteMessageVariables(char* out, size_t limit, const char* in,

@@ -13,11 +13,12 @@
 #include <istream>
 #include <ostream>
 #include <streambuf>
+#include <utility>
 
+#include "../fs/tav_file_io_os.h"
 #include "tav_dump.h"
 #include "tav_error.h"
 #include "tav_message.h"
-#include "../fs/tav_file_io_os.h"
 #include "tav_trace_record_layout.h"
 
 namespace {
@@ -228,15 +229,27 @@ const char* TavClTraceFormatter::getTypeAsLongCString(uint32_t type) {
   return facts != nullptr ? facts->longName : "";
 }
 
-void TavClTraceFormatter::format(std::ostream& stream) {
+void TavClTraceFormatter::readTraceFile(void (*body)(std::istream& input, void* context),
+                                        void* context) {
   int handle = -1;
-  if (!tav::os::openFile(environment.getTraceFileName(), tav::os::FileOpening::read, &handle).ok()) {
+  if (!tav::os::openFile(environment.getTraceFileName(), tav::os::FileOpening::read, &handle)
+           .ok()) {
     raise(TRACEFORMAT_COULD_NOT_OPEN, kCouldNotOpen);
   }
   TraceFileReadBuffer file(handle);
   std::istream input(&file);
-  format(input, stream);
+  body(input, context);
   if (file.hasReadFailed()) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
+}
+
+void TavClTraceFormatter::format(std::ostream& stream) {
+  std::pair<TavClTraceFormatter*, std::ostream*> target(this, &stream);
+  readTraceFile(
+      [](std::istream& input, void* context) {
+        auto* self = static_cast<std::pair<TavClTraceFormatter*, std::ostream*>*>(context);
+        self->first->format(input, *self->second);
+      },
+      &target);
 }
 
 void TavClTraceFormatter::format(std::istream& input, std::ostream& stream) {

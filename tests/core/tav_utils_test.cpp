@@ -34,6 +34,17 @@ TEST(NumberText, AgreesWithTheStandardLibrary) {
     check(tavW64toa(bits, text), std::to_string(bits));
     check(tavW64toa(~bits, text), std::to_string(~bits));
   }
+  // Each number of digits is its own path: both sides of every power of ten.
+  for (uint64_t power = 1; power <= 10000000000000000000u; power *= 10) {
+    for (const uint64_t value : {power - 1, power}) {
+      check(tavW64toa(value, text), std::to_string(value));
+      check(tavI64toa(-static_cast<int64_t>(value >> 1), text),
+            std::to_string(-static_cast<int64_t>(value >> 1)));
+      check(tavULtoa(static_cast<uint32_t>(value), text),
+            std::to_string(static_cast<uint32_t>(value)));
+    }
+    if (power == 10000000000000000000u) break;
+  }
 }
 
 // Byte swaps work on whole units only, and host to little endian is no change.

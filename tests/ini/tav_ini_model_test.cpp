@@ -9,6 +9,7 @@
 
 #include "tav_ini.h"
 #include "tav_ini_test_support.h"
+#include "tav_test_data.h"
 
 namespace {
 
@@ -16,93 +17,74 @@ using tav::test::dumpModel;
 using tav::test::MemoryModel;
 
 TEST(IniEscapes, DecodersConsumeWhatTheyRead) {
-  struct Case {
-    const char* text;
-    char result;
-    size_t consumed;
-  };
-  const Case escapes[] = {
-      {"n", '\n', 1},  {"t", '\t', 1},   {"x41z", 'A', 3},    {"x", '\0', 1},
-      {"101", 'A', 3}, {"0778", '?', 3}, {"8", '\0', 0},      {"\"", '"', 1},
-      {"\\", '\\', 1}, {"", '\0', 0},    {"x1ff", '\xff', 4}, {"xfffffffffffffffffff", '\xff', 20}};
-  for (const Case& c : escapes) {
-    SCOPED_TRACE(c.text);
-    const char* p = c.text;
-    EXPECT_EQ(tavIniFileGetEscCharacter(p), c.result);
-    EXPECT_EQ(static_cast<size_t>(p - c.text), c.consumed);
-  }
-  const Case literals[] = {{"'x'", 'x', 3}, {"'\\t'", '\t', 4}, {"'\\x41'", 'A', 6}, {"'x", 'x', 2},
-                           {"'", '\0', 1},  {"'\\", '\0', 2},   {"'ab", 'a', 3}};
-  for (const Case& c : literals) {
-    SCOPED_TRACE(c.text);
-    const char* p = c.text;
-    EXPECT_EQ(tavIniFileGetQuotedCharacter(p), c.result);
-    EXPECT_EQ(static_cast<size_t>(p - c.text), c.consumed);
+  for (const auto& row : tav::test::readDataTable("ini/escapes.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    const std::string text = tav::test::decodeEscapes(row.str(1));
+    const char* p = text.c_str();
+    const char result =
+        row.str(0) == "escape" ? tavIniFileGetEscCharacter(p) : tavIniFileGetQuotedCharacter(p);
+    EXPECT_EQ(std::string(1, result), tav::test::decodeEscapes(row.str(2)));
+    EXPECT_EQ(p - text.c_str(), row.number(3));
   }
 }
 
-TEST(IniLookUps, TypedValuesAndComments) {
+// One typed look-up through the model's two forms and through a cursor; the three must agree,
+// and a look-up that finds nothing leaves its out arguments as they were.
+template <typename T, typename ModelLookUp, typename CursorLookUp>
+std::string lookUp(const TavClIniFile& file, const char* name, ModelLookUp model,
+                   CursorLookUp cursor) {
+  T value = T(7);
+  const char* comment = "kept";
+  if (!model(name, value, &comment)) {
+    EXPECT_EQ(value, T(7));
+    EXPECT_STREQ(comment, "kept");
+    T plain = T(7);
+    EXPECT_FALSE(model(name, plain, nullptr));
+    return "-";
+  }
+  TavClIniFileOptionCursor option(file);
+  T fromCursor = T(7);
+  EXPECT_TRUE(option.setTo(name));
+  EXPECT_NE(cursor(option, fromCursor), nullptr);
+  EXPECT_EQ(fromCursor, value);
+  return std::to_string(+value) + "{" + comment + "}";
+}
+
+#define TAV_LOOK_UP(T, GET, VALUE_OF)                                          \
+  lookUp<T>(                                                                   \
+      model.file, row.text(0),                                                 \
+      [&](const char* n, T& v, const char** c) {                               \
+        return c == nullptr ? model.file.GET(n, v) : model.file.GET(n, v, *c); \
+      },                                                                       \
+      [](const TavClIniFileOptionCursor& o, T& v) { return o.VALUE_OF(v); })
+
+TEST(IniLookUps, TypedValuesAgreeInEveryForm) {
   MemoryModel model;
   ASSERT_TRUE(model.load(
       "[Types]\nnum = -42 ; answer\nbig = 4000000000\nch = 'x'\ntab = '\\t'\nplain = xyz\n"
       "yes = Yes\nno = no\noff = OFF\nrue = RUE\nbar = |\nempty =\nKEY = first\nkey = second\n"));
   EXPECT_FALSE(model.file.getSection("missing"));
   ASSERT_TRUE(model.file.getSection("TYPES"));
-  int i = 0;
-  long l = 0;
-  unsigned int u = 0;
-  unsigned long ul = 0;
-  char c = 0;
-  const char* text = nullptr;
-  const char* comment = nullptr;
-  EXPECT_TRUE(model.file.getOption("num", i, comment));
-  EXPECT_EQ(i, -42);
-  EXPECT_STREQ(comment, "answer");
-  EXPECT_TRUE(model.file.getOption("NUM", l));
-  EXPECT_EQ(l, -42);
-  EXPECT_TRUE(model.file.getOption("big", ul));
-  EXPECT_EQ(ul, 4000000000ul);
-  EXPECT_TRUE(model.file.getOption("big", u, comment));
-  EXPECT_EQ(u, 4000000000u);
-  EXPECT_STREQ(comment, "");
-  EXPECT_TRUE(model.file.getOption("ch", c));
-  EXPECT_EQ(c, 'x');
-  EXPECT_TRUE(model.file.getOption("plain", c, comment));
-  EXPECT_EQ(c, 'x');
-  EXPECT_TRUE(model.file.getOption("key", text, comment));
-  EXPECT_STREQ(text, "first");
-  EXPECT_TRUE(model.file.getOption("num", l, comment));
-  EXPECT_TRUE(model.file.getOption("num", text));
-  EXPECT_STREQ(text, "-42");
-  // Not found: the out arguments stay untouched.
-  i = 7;
-  comment = "kept";
-  EXPECT_FALSE(model.file.getOption("none", i, comment));
-  EXPECT_FALSE(model.file.getOption("none", text));
-  EXPECT_FALSE(model.file.getOption("none", c, comment));
-  EXPECT_FALSE(model.file.getOption("none", u));
-  EXPECT_FALSE(model.file.getOption("none", ul, comment));
-  EXPECT_FALSE(model.file.getOption("none", l));
-  EXPECT_EQ(i, 7);
-  EXPECT_STREQ(comment, "kept");
-
-  struct Truth {
-    const char* name;
-    bool expected;
-  };
-  for (const Truth& t :
-       {Truth{"yes", true}, Truth{"no", false}, Truth{"off", false}, Truth{"rue", true},
-        Truth{"bar", true}, Truth{"empty", true}, Truth{"num", false}}) {
-    SCOPED_TRACE(t.name);
-    bool value = !t.expected;
-    EXPECT_TRUE(model.file.getOptionBool(t.name, value, comment));
-    EXPECT_EQ(value, t.expected);
+  for (const auto& row : tav::test::readDataTable("ini/look_ups.txt", 3)) {
+    SCOPED_TRACE(row.where);
+    const std::string& type = row.str(1);
+    std::string result;
+    if (type == "int") result = TAV_LOOK_UP(int, getOption, getValue);
+    if (type == "long") result = TAV_LOOK_UP(long, getOption, getValue);
+    if (type == "uint") result = TAV_LOOK_UP(unsigned int, getOption, getValue);
+    if (type == "ulong") result = TAV_LOOK_UP(unsigned long, getOption, getValue);
+    if (type == "char") result = TAV_LOOK_UP(char, getOption, getValue);
+    if (type == "bool") result = TAV_LOOK_UP(bool, getOptionBool, getValueBool);
+    if (type == "text") {
+      const char* value = nullptr;
+      const char* comment = nullptr;
+      result = model.file.getOption(row.text(0), value, comment)
+                   ? std::string(value) + "{" + comment + "}"
+                   : "-";
+      EXPECT_EQ(model.file.getOption(row.text(0), value), result != "-");
+    }
+    EXPECT_EQ(result, row.str(2));
   }
-  bool flag = false;
-  EXPECT_FALSE(model.file.getOptionBool("none", flag));
-  EXPECT_FALSE(model.file.getOptionBool("none", flag, comment));
-  EXPECT_TRUE(model.file.getOptionBool("yes", flag));
-  EXPECT_TRUE(flag);
 }
 
 TEST(IniChanges, AddSetAndDelete) {
@@ -115,16 +97,14 @@ TEST(IniChanges, AddSetAndDelete) {
   EXPECT_TRUE(model.file.addSection("T"));
   EXPECT_EQ(dumpModel(model.file), "[S]a=1{a long comment}b=\"verbatim\" $(X)[T][T]");
 
-  // A shorter value leaves the comment, a longer one runs into it.
-  EXPECT_TRUE(model.file.setNewValue("S", "a", "2"));
-  EXPECT_EQ(dumpModel(model.file).substr(0, 25), "[S]a=2{a long comment}b=\"");
-  EXPECT_TRUE(model.file.setNewValue("S", "a", "1234567"));
-  ASSERT_TRUE(model.file.getSection("S"));
-  const char* comment = nullptr;
-  const char* value = nullptr;
-  EXPECT_TRUE(model.file.getOption("a", value, comment));
-  EXPECT_STREQ(value, "1234567");
-  EXPECT_STREQ(comment, "34567");
+  // A shorter value leaves the comment, a longer one runs into it, and a shorter one again
+  // shows what is left of the comment.
+  const std::pair<const char*, const char*> changes[] = {
+      {"2", "a=2{a long comment}"}, {"1234567", "a=1234567{34567}"}, {"x", "a=x{34567}"}};
+  for (const auto& change : changes) {
+    EXPECT_TRUE(model.file.setNewValue("S", "a", change.first));
+    EXPECT_EQ(dumpModel(model.file).substr(3, strlen(change.second)), change.second);
+  }
   EXPECT_FALSE(model.file.setNewValue("S", "none", "x"));
   EXPECT_FALSE(model.file.setNewValue("none", "a", "x"));
 
@@ -136,8 +116,6 @@ TEST(IniChanges, AddSetAndDelete) {
   EXPECT_FALSE(model.file.deleteSection("s"));
   EXPECT_FALSE(model.file.getSection("S"));
   EXPECT_FALSE(model.file.addOption("S", "c", "1"));
-  TavClIniFileSectionCursor sections(model.file);
-  EXPECT_STREQ(sections.getSection(), "");
   EXPECT_EQ(dumpModel(model.file), "[][T][T]");
 }
 
@@ -168,17 +146,14 @@ TEST(IniChanges, LongTextsAreCutToTheStore) {
 
 TEST(IniCursors, WalkFindAndChange) {
   MemoryModel model;
-  ASSERT_TRUE(model.load("[A]\nx = 1\ny = 'q' ; c\nflag = on\n[B]\n[C]\nz = 3\n"));
+  ASSERT_TRUE(model.load("[A]\nx = 1\ny = 'q' ; c\n[B]\n[C]\nz = 3\n"));
   TavClIniFileSectionCursor sections(model.file);
-  EXPECT_TRUE(sections.isValid());
   EXPECT_TRUE(sections.setTo("c"));
   EXPECT_TRUE(sections.matches("C"));
   EXPECT_TRUE(sections.setTo("C"));  // already there: stays
   EXPECT_FALSE(sections.setToNext());
-  EXPECT_FALSE(sections.setToNext());
   EXPECT_EQ(sections.getSection(), nullptr);
   EXPECT_FALSE(sections.setTo("none"));
-  EXPECT_FALSE(sections.isValid());
   TavClIniFileOptionCursor none(sections);
   EXPECT_FALSE(none.setToFirst());
   EXPECT_EQ(none.getValue(), nullptr);
@@ -189,31 +164,9 @@ TEST(IniCursors, WalkFindAndChange) {
 
   ASSERT_TRUE(sections.setToFirst());
   TavClIniFileOptionCursor options(sections);
-  int i = 0;
-  unsigned int u = 0;
-  long l = 0;
-  unsigned long ul = 0;
-  char c = 0;
-  bool flag = false;
-  EXPECT_STREQ(options.getValue(i), "1");
-  EXPECT_STREQ(options.getValue(u), "1");
-  EXPECT_STREQ(options.getValue(l), "1");
-  EXPECT_STREQ(options.getValue(ul), "1");
-  EXPECT_EQ(i + u + l + ul, 4u);
   EXPECT_TRUE(options.setTo("Y"));
-  EXPECT_STREQ(options.getValue(c), "q");
-  EXPECT_EQ(c, 'q');
   EXPECT_STREQ(options.getComment(), "c");
-  EXPECT_TRUE(options.setTo("flag"));
-  EXPECT_STREQ(options.getValueBool(flag), "on");
-  EXPECT_TRUE(flag);
   EXPECT_FALSE(options.setTo("z"));
-  EXPECT_EQ(options.getValueBool(flag), nullptr);
-  EXPECT_EQ(options.getValue(c), nullptr);
-  EXPECT_EQ(options.getValue(i), nullptr);
-  EXPECT_EQ(options.getValue(u), nullptr);
-  EXPECT_EQ(options.getValue(l), nullptr);
-  EXPECT_EQ(options.getValue(ul), nullptr);
   EXPECT_FALSE(model.file.setNewValue(options, "x"));
   EXPECT_FALSE(model.file.deleteOption(options));
 
@@ -224,7 +177,7 @@ TEST(IniCursors, WalkFindAndChange) {
   EXPECT_FALSE(model.file.deleteOption(sections, "none"));
   EXPECT_TRUE(sections.setTo("B"));
   EXPECT_TRUE(model.file.deleteSection(sections));
-  EXPECT_EQ(dumpModel(model.file), "[A]y=q{c}flag=onw=5[][C]z=3");
+  EXPECT_EQ(dumpModel(model.file), "[A]y=q{c}w=5[][C]z=3");
 
   // Over the current section of the file.
   ASSERT_TRUE(model.file.getSection("c"));
@@ -234,12 +187,31 @@ TEST(IniCursors, WalkFindAndChange) {
   EXPECT_STREQ(current.getValue(), "6");
 }
 
-TEST(IniModel, TrueAndFalseWords) {
-  MemoryModel model;
-  EXPECT_STREQ(model.file.getStringAllTrueTokens(), "|ON|TRUE|YES|1|OK|");
-  EXPECT_STREQ(model.file.getStringTrue(), "ON");
-  EXPECT_STREQ(model.file.getStringFalse(), "OFF");
-  EXPECT_STREQ(static_cast<const char*>(model.file), model.file.getName());
+// The building blocks a derived model uses: a section takes over a whole list of options and
+// appends behind its last one; an existing section is found by a name cut to the name length.
+class IniModelParts : public TavClIniFile {
+ public:
+  IniModelParts() : TavClIniFile(TavClFilename("tav-ini-test-unused.ini")) {}
+  using TavClIniFile::getExistingSection;
+};
+
+TEST(IniModel, SectionPartsAndWords) {
+  IniModelParts model;
+  const std::string longName = std::string(80, 'L') + "tail";
+  EXPECT_TRUE(model.addSection(longName.c_str()));
+  TavClIniFileSection* section =
+      model.getExistingSection(longName.data(), longName.data() + longName.size());
+  ASSERT_NE(section, nullptr);
+  EXPECT_EQ(model.getExistingSection(longName.data(), longName.data() + 79), nullptr);
+  TavClIniFileOption* first = new TavClIniFileOption("a = 1");
+  first->appendOption(new TavClIniFileOption("b", "2"));
+  section->setFirstOption(first);
+  section->appendOption(new TavClIniFileOption("c = 3"));
+  EXPECT_EQ(dumpModel(model), "[" + std::string(80, 'L') + "]a=1b=2c=3");
+
+  EXPECT_STREQ(model.getStringAllTrueTokens(), "|ON|TRUE|YES|1|OK|");
+  EXPECT_STREQ(model.getStringTrue(), "ON");
+  EXPECT_STREQ(model.getStringFalse(), "OFF");
 }
 
 }  // namespace

@@ -5,7 +5,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <chrono>
 #include <string>
 
 #include "tav_environment.h"
@@ -36,21 +35,17 @@ TEST(IniValueRules, OneOptionLine) {
 }
 
 TEST(IniLineKinds, WholeInputs) {
-  for (const auto& row : tav::test::readDataTable("ini/line_kinds.txt", 3)) {
+  for (const auto& row : tav::test::readDataTable("ini/line_kinds.txt", 4)) {
     SCOPED_TRACE(row.where);
     MemoryModel model;
-    EXPECT_TRUE(model.load(decodeEscapes(row.str(0))));
-    EXPECT_EQ(model.log.text, row.str(1));
-    EXPECT_EQ(dumpModel(model.file), row.str(2));
+    EXPECT_TRUE(
+        model.load(decodeEscapes(row.str(0)), row.str(1) != "merge", row.str(1) != "nocont"));
+    EXPECT_EQ(model.log.text, row.str(2));
+    EXPECT_EQ(dumpModel(model.file), row.str(3));
   }
 }
 
-TEST(IniLineKinds, ContinuationNotAllowedAndOtherDelimiters) {
-  MemoryModel model;
-  EXPECT_TRUE(model.load("[S]\na = abc\n   def", true, false));
-  EXPECT_EQ(model.log.text, "1000003@3");
-  EXPECT_EQ(dumpModel(model.file), "[S]a=abc");
-
+TEST(IniLineKinds, OtherDelimiters) {
   MemoryModel nul;
   const char text[] = "[S]\0a=1\0b=2";
   EXPECT_TRUE(nul.file.loadFromBuffer(text, sizeof text - 1, '\0', true, true));
@@ -130,20 +125,17 @@ TEST(IniLimits, ValuesAndCommentsStayInsideTheStore) {
   EXPECT_EQ(std::string(option.getComment()), std::string(20, 'z'));
 }
 
-TEST(IniDuplicateSections, AppendedOrMerged) {
-  const std::string text = "[S]\na=1\n[t]\nx=1\n[s]\nb=2\n";
-  MemoryModel appended;
-  EXPECT_TRUE(appended.load(text));
-  EXPECT_EQ(dumpModel(appended.file), "[S]a=1[t]x=1[s]b=2");
+// Merging goes on across loads.
+TEST(IniDuplicateSections, MergedAcrossLoads) {
   MemoryModel merged;
-  EXPECT_TRUE(merged.load(text, false));
+  EXPECT_TRUE(merged.load("[S]\na=1\n[t]\nx=1\n", false));
   EXPECT_TRUE(merged.load("[T]\ny=2\n[new]\n", false));
-  EXPECT_EQ(dumpModel(merged.file), "[S]a=1b=2[t]x=1y=2[new]");
+  EXPECT_EQ(dumpModel(merged.file), "[S]a=1[t]x=1y=2[new]");
 }
 
-// 100,000 sections merged into 100,000 others and 100,000 options in one section load in
-// linear time: well within a second where a quadratic walk would take minutes.
-TEST(IniDuplicateSections, LargeInputsLoadInLinearTime) {
+// 100,000 sections merged into 100,000 others and 100,000 options in one section: a quadratic
+// walk would take minutes here.
+TEST(IniDuplicateSections, LargeInputsLoad) {
   std::string text;
   for (int round = 0; round < 2; ++round) {
     for (int i = 0; i < 100000; ++i)
@@ -152,11 +144,7 @@ TEST(IniDuplicateSections, LargeInputsLoadInLinearTime) {
   text += "[big]\n";
   for (int i = 0; i < 100000; ++i) text += "o" + std::to_string(i) + "=" + std::to_string(i) + "\n";
   MemoryModel model;
-  const auto start = std::chrono::steady_clock::now();
   EXPECT_TRUE(model.load(text, false));
-  const auto seconds =
-      std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  EXPECT_LT(seconds, 10.0);
   ASSERT_TRUE(model.file.getSection("SECTION99999"));
   const char* value = nullptr;
   EXPECT_TRUE(model.file.getOption("k0", value));
@@ -167,17 +155,20 @@ TEST(IniDuplicateSections, LargeInputsLoadInLinearTime) {
   EXPECT_EQ(number, 99999);
 }
 
-TEST(IniFileLoad, MissingFileAndLoadingTwice) {
+// A file reads the same on every platform: CR LF ends a line like LF, a lone CR and a Ctrl-Z
+// are data. Loading twice appends; a missing file leaves the model empty.
+TEST(IniFileLoad, LineEndsLoadingTwiceAndMissingFiles) {
   const std::string path = testing::TempDir() + "tav_ini_load_test.ini";
   FILE* out = fopen(path.c_str(), "wb");
   ASSERT_NE(out, nullptr);
-  fputs("; settings\n[S]\na = 1 ; one\n", out);
+  fputs("; settings\r\n[S]\r\na = 1 ; one\r\nb = \"x\r\" ; \x1a two\rthree\r\n", out);
   fclose(out);
   TavClFilename name(path.c_str());
   TavClIniFile file(name);
   EXPECT_TRUE(file.load(false));
   EXPECT_TRUE(file.load(false));
-  EXPECT_EQ(dumpModel(file), "[S]a=1{one}[S]a=1{one}");
+  const std::string once = "[S]a=1{one}b=x\r{\x1a two\rthree}";
+  EXPECT_EQ(dumpModel(file), once + once);
   remove(path.c_str());
   TavClIniFile missing(name);
   EXPECT_FALSE(missing.load(true));

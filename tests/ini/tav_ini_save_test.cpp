@@ -10,20 +10,23 @@
 
 #include "tav_filename.h"
 #include "tav_ini.h"
+#include "tav_ini_test_support.h"
 
 namespace {
+
+namespace fs = std::filesystem;
+using tav::test::dumpModel;
 
 class IniSave : public ::testing::Test {
  protected:
   void SetUp() override {
-    directory =
-        std::filesystem::temp_directory_path() /
-        ("tav_ini_save_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "_" +
-         ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    std::filesystem::remove_all(directory);
-    std::filesystem::create_directories(directory);
+    directory = fs::temp_directory_path() /
+                ("tav_ini_save_" + std::to_string(testing::UnitTest::GetInstance()->random_seed()) +
+                 "_" + testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::remove_all(directory);
+    fs::create_directories(directory);
   }
-  void TearDown() override { std::filesystem::remove_all(directory); }
+  void TearDown() override { fs::remove_all(directory); }
 
   std::string path(const char* name) const { return (directory / name).string(); }
 
@@ -35,27 +38,8 @@ class IniSave : public ::testing::Test {
     text << in.rdbuf();
     return text.str();
   }
-  static void write(const std::string& name, const std::string& text) {
-    std::ofstream(name, std::ios::binary) << text;
-  }
-  // Every section with its options, deleted ones left out, as one comparable text.
-  static std::string describe(const TavClIniFile& model) {
-    std::string text;
-    TavClIniFileSectionCursor sections(model);
-    for (sections.setToFirst(); sections.isValid(); sections.setToNext()) {
-      if (sections.getSection()[0] == '\0') continue;
-      text += std::string("[") + sections.getSection() + "]\n";
-      TavClIniFileOptionCursor options(sections);
-      for (options.setToFirst(); options.isValid(); options.setToNext()) {
-        if (options.getOption()[0] == '\0') continue;
-        text += std::string(options.getOption()) + "=<" + options.getValue() + "><" +
-                options.getComment() + ">\n";
-      }
-    }
-    return text;
-  }
 
-  std::filesystem::path directory;
+  fs::path directory;
 };
 
 TEST_F(IniSave, WritesTheModelByteForByteWithItsDeliberateQuirks) {
@@ -68,103 +52,94 @@ TEST_F(IniSave, WritesTheModelByteForByteWithItsDeliberateQuirks) {
   ASSERT_TRUE(model.deleteOption("S", "deleted"));
   ASSERT_TRUE(model.deleteSection("Gone"));
   ASSERT_TRUE(model.save());
-  EXPECT_EQ(read(name),
-            "\n[S]\na= 1\t; c\nsemi= \"x;y\"\ntab= \"1\\t2\"\nquote= \"say \"hi\";\"\n"
-            "blank=  b \n\n[T]\n");
+  ASSERT_TRUE(model.save());  // the object's stream stays open: a second copy follows
+  const std::string once =
+      "\n[S]\na= 1\t; c\nsemi= \"x;y\"\ntab= \"1\\t2\"\nquote= \"say \"hi\";\"\nblank=  b "
+      "\n\n[T]\n";
+  EXPECT_EQ(read(name), once + once);
 
   // The plain format loses what its quirks drop: the empty value, the blanks, the inner quotes.
   TavClIniFile again{TavClFilename(name.c_str())};
   ASSERT_TRUE(again.load(false));
-  ASSERT_TRUE(again.getSection("S"));
-  const char* value = nullptr;
-  EXPECT_FALSE(again.getOption("empty", value));
-  ASSERT_TRUE(again.getOption("semi", value));
-  EXPECT_STREQ(value, "x;y");
-  ASSERT_TRUE(again.getOption("blank", value));
-  EXPECT_STREQ(value, "b");
-  ASSERT_TRUE(again.getOption("quote", value));
-  EXPECT_STREQ(value, "say hi;");
-}
+  const std::string reread = "[S]a=1{c}semi=x;ytab=1\t2quote=say hi;blank=b[T]";
+  EXPECT_EQ(dumpModel(again), reread + reread);
 
-TEST_F(IniSave, SecondSaveAppendsAnotherCopyAndStreamSaveReportsItsState) {
-  const std::string name = path("twice.ini");
-  TavClIniFileSave model{TavClFilename(name.c_str())};
-  model.addSection("S");
-  ASSERT_TRUE(model.addOption("S", "a", "1"));
-  ASSERT_TRUE(model.save());
-  ASSERT_TRUE(model.save());
-  EXPECT_EQ(read(name), "\n[S]\na= 1\n\n[S]\na= 1\n");
-
-  std::ofstream other(path("other.ini"));
-  EXPECT_TRUE(model.save(other));
   std::ofstream closed;
   EXPECT_FALSE(model.save(closed));
-
   TavClIniFileSave missing{TavClFilename(path("no/such/dir/x.ini").c_str())};
   missing.addSection("S");
   EXPECT_FALSE(missing.save());
 }
 
-TEST_F(IniSave, AtomicSaveReadsBackEveryValueExactly) {
+// What the atomic save writes loads back to the same model: values the plain format would
+// change, loaded files of every line kind, and values spread over continuation lines.
+TEST_F(IniSave, AtomicSaveRoundTripsEveryValueExactly) {
   const std::string name = path("exact.ini");
-  TavClIniFileSave model{TavClFilename(name.c_str())};
-  model.addSection("S");
+  TavClIniFileSave built{TavClFilename(name.c_str())};
+  built.addSection("S");
   const char* const values[] = {
       "",      " lead",   "trail ", "say \"hi\"", "it's",   "$(HOME)/bin", "x;y",
       "\0017", "\x1b[0m", "\\x41",  "'q'",        "\t\r\n", "a\"b'c;d$(e"};
   int index = 0;
   for (const char* value : values) {
-    ASSERT_TRUE(model.addOption("S", ("v" + std::to_string(index++)).c_str(), value));
+    ASSERT_TRUE(built.addOption("S", ("v" + std::to_string(index++)).c_str(), value));
   }
-  ASSERT_TRUE(model.addOption("S", "long", std::string(1024, '\x02').c_str()));
-  ASSERT_TRUE(model.saveAtomic());
-
+  ASSERT_TRUE(built.addOption("S", "long", std::string(1024, '\x02').c_str()));
+  ASSERT_TRUE(built.saveAtomic());
   TavClIniFile again{TavClFilename(name.c_str())};
   ASSERT_TRUE(again.load(true));
-  EXPECT_EQ(describe(again), describe(model));
-  // No temporary file is left beside the target.
-  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(directory),
-                          std::filesystem::directory_iterator()),
-            1);
-}
+  EXPECT_EQ(dumpModel(again), dumpModel(built));
+  EXPECT_EQ(std::distance(fs::directory_iterator(directory), fs::directory_iterator()), 1)
+      << "a temporary file was left beside the target";
 
-TEST_F(IniSave, RoundTripOfLoadedFilesGivesTheSameModel) {
-  const char* const inputs[] = {
-      "[S]\na = one ; note\nb = \"x;y\" ; after\nc = 'x'\nd = '\\t'\n",
-      "[ Spaced ]\nmax size = 5\n[S]\n[S]\nk = v\n",
-      "[S]\na = abc\n   def ; continued\nz =\n",
-      "[S]\nq = \"\\x41\\101\" ; AA\nr = \" both \"\ns = back\\slash\n",
-  };
-  for (const char* input : inputs) {
+  for (const char* input :
+       {"[S]\na = one ; note\nb = \"x;y\" ; after\nc = 'x'\nd = '\\t'\n",
+        "[ Spaced ]\nmax size = 5\n[S]\n[S]\nk = v\n", "[S]\na = abc\n   def ; continued\nz =\n",
+        "[S]\nq = \"\\x41\\101\" ; AA\nr = \" both \"\ns = back\\slash\n"}) {
     SCOPED_TRACE(input);
-    const std::string name = path("round.ini");
     TavClIniFileSave first{TavClFilename(name.c_str())};
     ASSERT_TRUE(
         first.loadFromBuffer(input, std::char_traits<char>::length(input), '\n', true, true));
     ASSERT_TRUE(first.saveAtomic());
     TavClIniFile second{TavClFilename(name.c_str())};
     ASSERT_TRUE(second.load(true));
-    EXPECT_EQ(describe(second), describe(first));
+    EXPECT_EQ(dumpModel(second), dumpModel(first));
   }
 }
 
-TEST_F(IniSave, FailedAtomicSaveLeavesTheOldFile) {
+// The old file stays as it was when the model cannot be written exactly, when the directory is
+// missing and when the file is read-only; a file that is replaced keeps its permissions, and a
+// new one gets those of any new file.
+TEST_F(IniSave, AtomicSaveKeepsTheOldFileAndItsPermissions) {
   const std::string name = path("keep.ini");
-  write(name, "old contents\n");
+  std::ofstream(name, std::ios::binary) << "old contents\n";
   TavClIniFileSave model{TavClFilename(name.c_str())};
   model.addSection("S");
   ASSERT_TRUE(model.addOption("S", "two words", "v"));  // no line reads back as this name
   EXPECT_FALSE(model.saveAtomic());
   EXPECT_EQ(read(name), "old contents\n");
-
   TavClIniFileSave nowhere{TavClFilename(path("no/such/dir/x.ini").c_str())};
   nowhere.addSection("S");
   EXPECT_FALSE(nowhere.saveAtomic());
+
+  ASSERT_TRUE(model.deleteOption("S", "two words"));
+  fs::permissions(name, fs::perms::owner_read);
+  EXPECT_FALSE(model.saveAtomic());
+  EXPECT_EQ(read(name), "old contents\n");
+
+  const fs::perms shared = fs::perms::owner_read | fs::perms::owner_write | fs::perms::group_read;
+  fs::permissions(name, shared);
+  const fs::perms before = fs::status(name).permissions();
+  ASSERT_TRUE(model.saveAtomic());
+  EXPECT_EQ(read(name), "\n[S]\n");
+  EXPECT_EQ(fs::status(name).permissions(), before);
+
+  const std::string fresh = path("fresh.ini");
+  TavClIniFileSave created{TavClFilename(fresh.c_str())};
+  ASSERT_TRUE(created.saveAtomic());
+  std::ofstream(path("plain.ini")) << "";
+  EXPECT_EQ(fs::status(fresh).permissions(), fs::status(path("plain.ini")).permissions());
 }
-
-}  // namespace
-
-namespace {
 
 TEST_F(IniSave, TypedWritersWriteOneLineEach) {
   const std::string name = path("typed.ini");

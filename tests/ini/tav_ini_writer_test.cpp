@@ -6,55 +6,29 @@
 #include <string>
 
 #include "../../src/ini/tav_ini_writer.h"
+#include "tav_ini_test_support.h"
+#include "tav_test_data.h"
 
 namespace {
 
-struct EscapeRow {
-  char character;
-  const char* written;
-};
+using tav::test::decodeEscapes;
 
 TEST(IniWriterRules, EscapesEachControlCharacterAndBackslash) {
-  const EscapeRow rows[] = {{'\a', "\\a"},     {'\b', "\\b"},     {'\f', "\\f"},     {'\n', "\\n"},
-                            {'\r', "\\r"},     {'\t', "\\t"},     {'\v', "\\v"},     {'\\', "\\\\"},
-                            {'\x01', "\\x01"}, {'\x1f', "\\x1f"}, {'\x7f', "\\x7f"}, {'"', "\""},
-                            {'a', "a"},        {'\xe4', "\xe4"}};
-  for (const EscapeRow& row : rows) {
-    SCOPED_TRACE(static_cast<int>(static_cast<unsigned char>(row.character)));
+  for (const auto& row : tav::test::readDataTable("ini/escaped_chars.txt", 2)) {
+    SCOPED_TRACE(row.where);
     std::ostringstream out;
-    tav::ini::writeEscapedChar(out, row.character);
-    EXPECT_EQ(out.str(), row.written);
+    tav::ini::writeEscapedChar(out, decodeEscapes(row.str(0)).at(0));
+    EXPECT_EQ(out.str(), decodeEscapes(row.str(1)));
   }
 }
 
-struct PlainRow {
-  const char* value;
-  const char* comment;
-  const char* written;
-};
-
 TEST(IniWriterRules, ExactFormatQuotesWhatTheParserWouldChange) {
-  const PlainRow rows[] = {
-      {"plain", "", "a= plain\n"},
-      {"", "", "a=\n"},
-      {"", "note", "a=\t; note\n"},
-      {" lead", "", "a= \" lead\"\n"},
-      {"trail ", "", "a= \"trail \"\n"},
-      {"say \"hi\"", "", "a= \"say \\\"hi\\\"\"\n"},
-      {"it's", "", "a= \"it's\"\n"},
-      {"$(HOME)", "", "a= \"$(HOME)\"\n"},
-      {"cost $5", "", "a= cost $5\n"},
-      {"x;y", "c", "a= \"x;y\"\t; c\n"},
-      {"back\\slash", "", "a= back\\slash\n"},
-      {"\0017", "", "a= \"\\x01\"\"7\"\n"},  // the digit must not extend the escape
-      {"\x01g", "", "a= \"\\x01g\"\n"},
-      {"\t1", "", "a= \"\\t1\"\n"},
-  };
-  for (const PlainRow& row : rows) {
-    SCOPED_TRACE(row.value);
+  for (const auto& row : tav::test::readDataTable("ini/exact_values.txt", 3)) {
+    SCOPED_TRACE(row.where);
     std::ostringstream out;
-    ASSERT_TRUE(tav::ini::writeExactOption(out, "a", row.value, row.comment));
-    EXPECT_EQ(out.str(), row.written);
+    ASSERT_TRUE(tav::ini::writeExactOption(out, "a", decodeEscapes(row.str(0)).c_str(),
+                                           decodeEscapes(row.str(1)).c_str()));
+    EXPECT_EQ(out.str(), decodeEscapes(row.str(2)));
   }
 }
 
@@ -69,6 +43,7 @@ TEST(IniWriterRules, ExactFormatRefusesWhatCannotBeReadBack) {
   std::ostringstream out;
   EXPECT_FALSE(tav::ini::writeExactOption(out, "a", "v", " leading blank"));
   EXPECT_FALSE(tav::ini::writeExactOption(out, "a", "v", "two\nlines"));
+  EXPECT_FALSE(tav::ini::writeExactOption(out, "a", "v", "ends in CR\r"));
   EXPECT_FALSE(tav::ini::writeExactSection(out, "a]b"));
   EXPECT_FALSE(tav::ini::writeExactOption(out, std::string(1023, 'n').c_str(), "v", ""));
   EXPECT_EQ(out.str(), "");

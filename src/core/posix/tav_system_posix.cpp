@@ -2,6 +2,8 @@
 //
 // Only code valid on every POSIX system belongs here.
 
+#include <ctype.h>
+
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
@@ -37,6 +39,13 @@ void sleepMilliseconds(uint32_t milliseconds) {
   while (nanosleep(&remaining, &remaining) == -1 && errno == EINTR) {
   }
 }
+
+#if defined(__GLIBC__)
+// The table toupper itself reads (indices -128 to 255 around the pointer).
+const int32_t* upperCaseTable() { return *__ctype_toupper_loc(); }
+#else
+const int32_t* upperCaseTable() { return nullptr; }
+#endif
 
 // Function addresses are unique across the process, the shared library included.
 bool isRuntimeMalloc(void* (*allocator)(size_t)) { return allocator == &::malloc; }

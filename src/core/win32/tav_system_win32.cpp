@@ -71,4 +71,7 @@ void showAssertionPopup(const char* report) {
   MessageBoxA(nullptr, report, "Internal error occured: Assertion failed!", MB_ICONSTOP | MB_OK);
 }
 
+// The C runtime keeps no table it hands out; toupper answers.
+const int32_t* upperCaseTable() { return nullptr; }
+
 }  // namespace tav::os

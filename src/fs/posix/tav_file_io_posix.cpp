@@ -17,10 +17,10 @@ namespace {
 
 OsStatus lastErrno() { return statusFromErrno(errno); }
 
-int openRetrying(const char* name, int flags) {
+int openRetrying(const char* name, int flags, mode_t permissions = S_IRUSR | S_IWUSR) {
   int handle;
   do {
-    handle = ::open(name, flags | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    handle = ::open(name, flags | O_CLOEXEC, permissions);
   } while (handle == -1 && errno == EINTR);
   return handle;
 }
@@ -58,7 +58,9 @@ OsStatus openFile(const char* name, FileOpening opening, int* handle) {
   if (opening == FileOpening::read) return openForReading(name, handle);
   const int flags = opening == FileOpening::append ? (O_WRONLY | O_APPEND | O_CREAT)
                                                    : (O_WRONLY | O_CREAT | O_EXCL);
-  const int opened = openRetrying(name, flags);
+  const mode_t everyone = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+  const int opened = opening == FileOpening::createNewDefault ? openRetrying(name, flags, everyone)
+                                                              : openRetrying(name, flags);
   if (opened == -1) return lastErrno();
   *handle = opened;
   return kOsSuccess;

@@ -111,6 +111,12 @@ OsStatus setReadOnly(const char* path, bool readOnly) {
   return statusOf(::chmod(path, mode & 07777));
 }
 
+OsStatus copyPermissions(const char* source, const char* target) {
+  struct stat status;
+  if (::stat(source, &status) != 0) return statusFromErrno(errno);
+  return statusOf(::chmod(target, status.st_mode & 07777));
+}
+
 OsStatus removeFile(const char* path) { return statusOf(::unlink(path)); }
 
 OsStatus renameNoReplace(const char* from, const char* to) {

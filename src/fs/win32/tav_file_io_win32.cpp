@@ -37,7 +37,8 @@ OsStatus openFile(const char* name, FileOpening opening, int* handle) {
   switch (opening) {
     case FileOpening::read: flags |= _O_RDONLY; break;
     case FileOpening::append: flags |= _O_WRONLY | _O_APPEND | _O_CREAT; break;
-    case FileOpening::createNew: flags |= _O_WRONLY | _O_CREAT | _O_EXCL; break;
+    case FileOpening::createNew:
+    case FileOpening::createNewDefault: flags |= _O_WRONLY | _O_CREAT | _O_EXCL; break;
   }
   const int opened = ::_open(name, flags, _S_IREAD | _S_IWRITE);
   if (opened == -1) {

@@ -74,6 +74,14 @@ OsStatus setReadOnly(const char* path, bool readOnly) {
   return statusOf(::_chmod(path, readOnly ? _S_IREAD : (_S_IREAD | _S_IWRITE)));
 }
 
+OsStatus copyPermissions(const char* source, const char* target) {
+  const DWORD attributes = ::GetFileAttributesA(source);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return statusFromWindowsError(::GetLastError());
+  const DWORD kept = attributes & (FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+                                   FILE_ATTRIBUTE_ARCHIVE);
+  return statusOfCall(::SetFileAttributesA(target, kept == 0 ? FILE_ATTRIBUTE_NORMAL : kept));
+}
+
 OsStatus removeFile(const char* path) { return statusOf(::_unlink(path)); }
 
 // The C runtime's rename never replaces an existing name on Windows.

@@ -1,0 +1,200 @@
+// tav_ccsid_test.cpp - CCSIDs: look-up by number and name, the property table, equality, the
+// byte order marks and the process code pages.
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+#include "../../src/codepage/tav_codeset_names.h"
+#include "tav_codepage.h"
+#include "tav_codepage_test_support.h"
+#include "tav_test_data.h"
+
+namespace {
+
+using tav::test::parseCCSIDFlags;
+
+TEST(CCSIDLookup, ByTextAndByNumber) {
+  for (const auto& row : tav::test::readDataTable("codepage/ccsid_lookup.txt", 5)) {
+    SCOPED_TRACE(row.where);
+    TavClCCSID fromText(row.text(0));
+    EXPECT_EQ(static_cast<int64_t>(fromText.getCCSID()), row.number(1));
+    EXPECT_EQ(fromText.isValid(), row.flag(2));
+    EXPECT_STREQ(fromText.getName(), row.text(3));
+    uint32_t flags = parseCCSIDFlags(row.str(4));
+    EXPECT_EQ(fromText.getFlags(), flags);
+    EXPECT_EQ(fromText.isASCII(), (flags & TavClCCSID::FLAG_ASCII) != 0);
+    EXPECT_EQ(fromText.isEBCDIC(), (flags & TavClCCSID::FLAG_EBCDIC) != 0);
+    EXPECT_EQ(fromText.isDBCS(), (flags & TavClCCSID::FLAG_DBCS) != 0);
+    EXPECT_EQ(fromText.isSBCS(), (flags & TavClCCSID::FLAG_SBCS) != 0);
+    EXPECT_EQ(fromText.isUCS2(), (flags & TavClCCSID::FLAG_UCS2) != 0);
+    // The same number made directly finds its row lazily, unless the text matched no name.
+    if (row.flag(2)) {
+      TavClCCSID fromNumber(static_cast<TavEnCCSID>(row.number(1)));
+      EXPECT_TRUE(fromNumber.isValid());
+      EXPECT_EQ(fromNumber.getFlags(), flags);
+    }
+  }
+}
+
+TEST(CCSIDLookup, NullTextAndDefault) {
+  EXPECT_EQ(TavClCCSID(static_cast<const char*>(nullptr)).getCCSID(), TAV_CCSID_UNKNOWN);
+  TavClCCSID none;
+  EXPECT_FALSE(none.isValid());
+  EXPECT_STREQ(none.getName(), "???");
+}
+
+TEST(CCSIDTable, RowCountOrderAndSentinel) {
+  ASSERT_EQ(TavClCCSID::getKnownCount(), 430u);
+  TavClCCSID sentinel = TavClCCSID::getKnownAt(0);
+  EXPECT_EQ(sentinel.getCCSID(), TAV_CCSID_UNKNOWN);
+  EXPECT_STREQ(sentinel.getName(), "???");
+  EXPECT_EQ(sentinel.getFlags(), 0u);
+  for (size_t i = 1; i < TavClCCSID::getKnownCount(); ++i) {
+    SCOPED_TRACE(i);
+    TavClCCSID row = TavClCCSID::getKnownAt(i);
+    EXPECT_GT(row.getCCSID(), TavClCCSID::getKnownAt(i - 1).getCCSID());
+    EXPECT_TRUE(row.isValid());
+    // Binary search by number finds this very row.
+    EXPECT_STREQ(TavClCCSID(row.getCCSID()).getName(), row.getName());
+  }
+  EXPECT_EQ(TavClCCSID::getKnownAt(430).getCCSID(), TAV_CCSID_UNKNOWN);
+}
+
+TEST(CCSIDTable, RowsPerFlagGroup) {
+  std::map<uint32_t, int64_t> counted;
+  for (size_t i = 0; i < TavClCCSID::getKnownCount(); ++i) {
+    ++counted[TavClCCSID::getKnownAt(i).getFlags()];
+  }
+  int64_t total = 0;
+  for (const auto& row : tav::test::readDataTable("codepage/ccsid_groups.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    uint32_t flags = parseCCSIDFlags(row.str(0));
+    EXPECT_EQ(counted[flags], row.number(1));
+    counted.erase(flags);
+    total += row.number(1);
+  }
+  EXPECT_TRUE(counted.empty()) << "rows with a flag set of no group";
+  EXPECT_EQ(total, 430);
+}
+
+TEST(CCSIDTable, KindsOfNames) {
+  // 241 rows are named by their own number (237, and the four vendor rows), 169 variants by
+  // their base code page's number, and 20 by a character set name (the sentinel's "???" too).
+  int ownNumber = 0, baseNumber = 0, characterSet = 0;
+  for (size_t i = 0; i < TavClCCSID::getKnownCount(); ++i) {
+    TavClCCSID row = TavClCCSID::getKnownAt(i);
+    std::string name = row.getName();
+    if (name == std::to_string(row.getCCSID())) {
+      ++ownNumber;
+    } else if (name[0] >= '0' && name[0] <= '9') {
+      ++baseNumber;
+      EXPECT_EQ(name.find_first_not_of("0123456789"), std::string::npos) << name;
+    } else {
+      ++characterSet;
+    }
+  }
+  EXPECT_EQ(ownNumber, 241);
+  EXPECT_EQ(baseNumber, 169);
+  EXPECT_EQ(characterSet, 20);
+}
+
+TEST(CCSIDEquality, LittleEndianUCS2IsTheInternalOne) {
+  struct Case {
+    TavEnCCSID left, right;
+    bool equal;
+  };
+  const Case cases[] = {
+      {TAV_CCSID_UCS2_LITTLE_ENDIAN, TAV_CCSID_UCS2, true},
+      {TAV_CCSID_UCS2, TAV_CCSID_UCS2_LITTLE_ENDIAN, true},
+      {TAV_CCSID_UCS2_BIG_ENDIAN, TAV_CCSID_UCS2, false},
+      {TAV_CCSID_UCS2_ISO10646, TAV_CCSID_UCS2, false},
+      {TAV_CCSID_UTF8, TAV_CCSID_UTF8, true},
+      {TAV_CCSID_EBCDIC_37, TAV_CCSID_EBCDIC_500, false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::to_string(c.left) + " vs " + std::to_string(c.right));
+    EXPECT_EQ(TavClCCSID(c.left) == c.right, c.equal);
+    EXPECT_EQ(TavClCCSID(c.left) != c.right, !c.equal);
+    EXPECT_EQ(TavClCCSID(c.left) == TavClCCSID(c.right), c.equal);
+    EXPECT_EQ(TavClCCSID(c.left) != TavClCCSID(c.right), !c.equal);
+  }
+}
+
+TEST(CCSIDEndianness, EveryUCS2RowButOneIsInHostOrder) {
+  for (size_t i = 0; i < TavClCCSID::getKnownCount(); ++i) {
+    TavClCCSID row = TavClCCSID::getKnownAt(i);
+    SCOPED_TRACE(row.getCCSID());
+    EXPECT_EQ(row.isUCS2BigEndian(), row.getCCSID() == TAV_CCSID_UCS2_BIG_ENDIAN);
+    EXPECT_EQ(row.isUCS2HostEndian(), row.isUCS2() && !row.isUCS2BigEndian());
+    EXPECT_EQ(row.isUCS2LittleEndian(), row.isUCS2HostEndian());
+  }
+}
+
+TEST(CCSIDEndianness, ByteOrderMarks) {
+  struct Case {
+    const char* bytes;
+    TavEnCCSID ccsid;
+  };
+  const Case cases[] = {{"\xFE\xFF", TAV_CCSID_UCS2_BIG_ENDIAN},
+                        {"\xFF\xFE", TAV_CCSID_UCS2_LITTLE_ENDIAN},
+                        {"\xFE\xFE", TAV_CCSID_UNKNOWN},
+                        {"\xFF\xFF", TAV_CCSID_UNKNOWN},
+                        {"\xFE", TAV_CCSID_UNKNOWN},
+                        {"ab", TAV_CCSID_UNKNOWN},
+                        {"", TAV_CCSID_UNKNOWN},
+                        {nullptr, TAV_CCSID_UNKNOWN}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.bytes == nullptr ? "null" : c.bytes);
+    EXPECT_EQ(TavClCCSID::getCCSIDForUCS2EndianId(c.bytes), c.ccsid);
+    EXPECT_EQ(TavClConverterABase::isUCS2BigEndianId(c.bytes),
+              c.ccsid == TAV_CCSID_UCS2_BIG_ENDIAN);
+    EXPECT_EQ(TavClConverterABase::isUCS2LittleEndianId(c.bytes),
+              c.ccsid == TAV_CCSID_UCS2_LITTLE_ENDIAN);
+  }
+  EXPECT_EQ(TavClCCSID::getCCSIDForUCS2EndianId(TavClConverterABase::getUCS2BigEndianId()),
+            TAV_CCSID_UCS2_BIG_ENDIAN);
+  EXPECT_EQ(TavClCCSID::getCCSIDForUCS2EndianId(TavClConverterABase::getUCS2LittleEndianId()),
+            TAV_CCSID_UCS2_LITTLE_ENDIAN);
+  EXPECT_EQ(TavClCCSID::getCCSIDForUCS2EndianId(TavClConverterABase::getUCS2HostEndianId()),
+            TAV_CCSID_UCS2_LITTLE_ENDIAN);
+}
+
+TEST(CCSIDProcess, CodePagesAreStableAndKnown) {
+  TavEnCCSID system = TavClCCSID::getSystemCCSID();
+  EXPECT_EQ(TavClCCSID::getSystemCCSID(), system);
+  TavEnCCSID console = TavClCCSID::getConsoleCCSID();
+  EXPECT_EQ(TavClCCSID::getConsoleCCSID(), console);
+  EXPECT_TRUE(TavClCCSID(system).isValid()) << system;
+  EXPECT_TRUE(TavClCCSID(console).isValid()) << console;
+}
+
+TEST(CodesetNames, PosixCodesetsToCCSIDs) {
+  struct Case {
+    const char* name;
+    uint32_t ccsid;
+  };
+  const Case cases[] = {{"UTF-8", 1208},
+                        {"utf8", 1208},
+                        {"ANSI_X3.4-1968", 367},
+                        {"ISO-8859-1", 819},
+                        {"iso_8859_15", 923},
+                        {"CP1252", 1252},
+                        {"GB18030", 1392},
+                        {"EUC-JP", 954},
+                        {"KOI8-R", 878},
+                        {"UTF-16", 0},
+                        {"", 0},
+                        {nullptr, 0}};
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name == nullptr ? "null" : c.name);
+    EXPECT_EQ(tav::codepage::ccsidForCodesetName(c.name), c.ccsid);
+    // Every CCSID a codeset maps to is one the property table knows.
+    if (c.ccsid != 0) {
+      EXPECT_TRUE(TavClCCSID(static_cast<TavEnCCSID>(c.ccsid)).isValid());
+    }
+  }
+}
+
+}  // namespace

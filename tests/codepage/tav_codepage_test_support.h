@@ -1,0 +1,100 @@
+// tav_codepage_test_support.h - helpers shared by the code page tests: property bits in the
+// notation of the test tables, UCS-2 byte strings, and output buffers with a guard region.
+
+#ifndef TAV_CODEPAGE_TEST_SUPPORT_H
+#define TAV_CODEPAGE_TEST_SUPPORT_H
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tav_codepage.h"
+
+namespace tav::test {
+
+// "ASCII+SBCS" -> FLAG_ASCII | FLAG_SBCS; "none" -> 0.
+inline uint32_t parseCCSIDFlags(const std::string& text) {
+  if (text == "none") return 0;
+  uint32_t flags = 0;
+  size_t start = 0;
+  while (start <= text.size()) {
+    size_t end = text.find('+', start);
+    if (end == std::string::npos) end = text.size();
+    std::string part = text.substr(start, end - start);
+    if (part == "ASCII")
+      flags |= TavClCCSID::FLAG_ASCII;
+    else if (part == "EBCDIC")
+      flags |= TavClCCSID::FLAG_EBCDIC;
+    else if (part == "DBCS")
+      flags |= TavClCCSID::FLAG_DBCS;
+    else if (part == "SBCS")
+      flags |= TavClCCSID::FLAG_SBCS;
+    else if (part == "UCS2")
+      flags |= TavClCCSID::FLAG_UCS2;
+    else
+      flags |= 0x80000000u;  // an unknown word never matches a real row
+    start = end + 1;
+  }
+  return flags;
+}
+
+// UCS-2 units as bytes in host order.
+inline std::string ucs2(std::initializer_list<uint16_t> units) {
+  std::string bytes(units.size() * 2, '\0');
+  size_t at = 0;
+  for (uint16_t unit : units) {
+    std::memcpy(&bytes[at], &unit, 2);
+    at += 2;
+  }
+  return bytes;
+}
+
+// An output area of `size` bytes followed by a guard region that no conversion may touch.
+class GuardedOutput {
+ public:
+  static constexpr size_t kGuard = 32;
+  static constexpr char kFill = '\x5A';
+
+  explicit GuardedOutput(size_t size) : bytes(size + kGuard, kFill), size(size) {}
+  char* data() { return bytes.data(); }
+  size_t capacity() const { return size; }
+  std::string written(size_t count) const { return std::string(bytes.data(), count); }
+  bool guardIntact() const {
+    for (size_t i = size; i < bytes.size(); ++i) {
+      if (bytes[i] != kFill) return false;
+    }
+    return true;
+  }
+
+ private:
+  std::vector<char> bytes;
+  size_t size;
+};
+
+// The name of a conversion routine, for readable test tables.
+inline std::string routineName(TavClConverterABase::TavPfuConverterAlgorithm routine) {
+  struct Named {
+    TavClConverterABase::TavPfuConverterAlgorithm routine;
+    const char* name;
+  };
+  static const Named kNames[] = {
+      {tavConvertByCopying, "copy"},
+      {tavConvertByEndianSwap, "swap"},
+      {tavConvertByAlgorithmUCS2to819, "ucs2to819"},
+      {tavConvertByAlgorithmUTF8toUCS2, "utf8toucs2"},
+      {tavConvertByAlgorithmUCS2toUTF8, "ucs2toutf8"},
+      {tavConvertByAlgorithmIcuToUnicode, "icu"},
+      {tavConvertByAlgorithmIcuFromUnicode, "icu"},
+      {tavConvertByWindowsCallUCS2ToWinCP, "system"},
+      {tavConvertError, "unsupported"},
+  };
+  for (const Named& named : kNames) {
+    if (named.routine == routine) return named.name;
+  }
+  return "?";
+}
+
+}  // namespace tav::test
+
+#endif  // TAV_CODEPAGE_TEST_SUPPORT_H

@@ -1,0 +1,264 @@
+// tav_convert_routines_test.cpp - the conversion routines: their defining examples, every
+// output size up to the whole result with a guard region behind it, and the UTF-8 decoder.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "../../src/codepage/tav_icu_os.h"
+#include "tav_codepage.h"
+#include "tav_codepage_test_support.h"
+
+namespace {
+
+using tav::test::GuardedOutput;
+using tav::test::ucs2;
+
+struct Outcome {
+  std::string written;
+  size_t consumed;
+  uint32_t error;
+};
+
+Outcome convert(const TavClConverterABase& converter, const std::string& input, size_t outSize) {
+  GuardedOutput out(outSize);
+  const char* cursor = input.data();
+  size_t written = converter.convertBytes(out.data(), outSize, &cursor, input.size());
+  EXPECT_LE(written, outSize);
+  EXPECT_TRUE(out.guardIntact()) << "wrote past the output size " << outSize;
+  return {out.written(written), static_cast<size_t>(cursor - input.data()),
+          converter.getError().id};
+}
+
+TEST(ConvertRoutines, WrittenExamples) {
+  TavClCodePage2UnicodeConverter fromUtf8(TAV_CCSID_UTF8);
+  Outcome e = convert(fromUtf8, "\xC3\xA9", 8);
+  EXPECT_EQ(e.written, ucs2({0xE9}));
+  EXPECT_EQ(e.error, static_cast<uint32_t>(NO_ERROR));
+
+  Outcome cut = convert(fromUtf8, "a\xC3", 8);
+  EXPECT_EQ(cut.written, ucs2({'a'}));
+  EXPECT_EQ(cut.consumed, 1u) << "the input pointer stays on the cut sequence";
+  EXPECT_EQ(cut.error, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
+
+  TavClUnicode2CodePageConverter toUtf8(TAV_CCSID_UTF8);
+  EXPECT_EQ(convert(toUtf8, ucs2({0xD83D, 0xDE00}), 8).written, "\xF0\x9F\x98\x80");
+  EXPECT_EQ(convert(toUtf8, ucs2({'x', 0xD800}), 8).written, "x\xEF\xBF\xBF");
+
+  TavClUnicode2CodePageConverter to819(TAV_CCSID_ISO8859_1);
+  EXPECT_EQ(convert(to819, ucs2({0x20AC, 'A', 0xE9}), 8).written,
+            "\xAC"
+            "A\xE9");
+
+  TavClCodePage2UnicodeConverter copying(TAV_CCSID_UCS2);
+  Outcome odd = convert(copying, "abc", 8);
+  EXPECT_EQ(odd.written, "ab");
+  EXPECT_EQ(odd.consumed, 2u);
+  EXPECT_EQ(odd.error, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
+
+  TavClCodePage2UnicodeConverter swapping(TAV_CCSID_UCS2_BIG_ENDIAN);
+  EXPECT_EQ(convert(swapping, std::string("\x00\x41\x20\xAC", 4), 8).written, ucs2({'A', 0x20AC}));
+}
+
+// One routine's full result for an input, against which every shorter output is checked.
+struct RoutineCase {
+  const char* name;
+  std::function<std::unique_ptr<TavClConverterABase>()> make;
+  std::string input;
+  bool needsIcu;
+};
+
+std::vector<RoutineCase> routineCases() {
+  auto to = [](TavEnCCSID ccsid) {
+    return [ccsid] { return std::make_unique<TavClCodePage2UnicodeConverter>(TavClCCSID(ccsid)); };
+  };
+  auto from = [](TavEnCCSID ccsid) {
+    return [ccsid] { return std::make_unique<TavClUnicode2CodePageConverter>(TavClCCSID(ccsid)); };
+  };
+  const std::string mixedUcs2 = ucs2({'A', 0xE9, 0x20AC, 0xD83D, 0xDE00, 0xDC00, 'z'});
+  return {
+      {"copy", to(TAV_CCSID_UCS2), mixedUcs2 + "!", false},
+      {"swap", from(TAV_CCSID_UCS2_BIG_ENDIAN), mixedUcs2 + "!", false},
+      {"819", from(TAV_CCSID_ISO8859_1), mixedUcs2 + "!", false},
+      {"utf8 to ucs2", to(TAV_CCSID_UTF8),
+       "A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xC0\xAF\xED\xA0\x80z\xE2\x82", false},
+      {"ucs2 to utf8", from(TAV_CCSID_UTF8), mixedUcs2 + "!", false},
+      {"icu to unicode", to(TAV_CCSID_EBCDIC_37), "\xC8\x85\x93\x93\x96\x40\x9F\x15", true},
+      {"icu from unicode", from(TAV_CCSID_EBCDIC_37), ucs2({'H', 'i', 0xE9, 0x20AC, 'z'}) + "!",
+       true},
+  };
+}
+
+TEST(ConvertRoutines, EveryOutputSizeStaysInside) {
+  for (const RoutineCase& routine : routineCases()) {
+    SCOPED_TRACE(routine.name);
+    if (routine.needsIcu && !tav::os::icuIsAvailable()) continue;
+    auto converter = routine.make();
+    ASSERT_TRUE(converter->isSupported());
+    Outcome whole = convert(*converter, routine.input, routine.input.size() * 4);
+    EXPECT_NE(whole.error, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
+    for (size_t outSize = 0; outSize <= whole.written.size(); ++outSize) {
+      SCOPED_TRACE(outSize);
+      auto fresh = routine.make();
+      Outcome part = convert(*fresh, routine.input, outSize);
+      // A shorter output holds a start of the whole result and stops with TOO_BIG.
+      EXPECT_EQ(part.written, whole.written.substr(0, part.written.size()));
+      EXPECT_LE(part.consumed, whole.consumed);
+      if (outSize < whole.written.size()) {
+        EXPECT_EQ(part.error, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
+      } else {
+        EXPECT_EQ(part.written, whole.written);
+        EXPECT_EQ(part.error, whole.error);
+      }
+    }
+    // Every input size, the output large enough: nothing is read past the input's end, which
+    // the sanitizer builds check, and the pointer never moves past it.
+    for (size_t inSize = 0; inSize <= routine.input.size(); ++inSize) {
+      SCOPED_TRACE(inSize);
+      auto fresh = routine.make();
+      std::unique_ptr<char[]> exact(new char[inSize == 0 ? 1 : inSize]);
+      std::memcpy(exact.get(), routine.input.data(), inSize);
+      GuardedOutput out(inSize * 4);
+      const char* cursor = exact.get();
+      fresh->convertBytes(out.data(), inSize * 4, &cursor, inSize);
+      EXPECT_LE(static_cast<size_t>(cursor - exact.get()), inSize);
+      EXPECT_TRUE(out.guardIntact());
+    }
+  }
+}
+
+TEST(ConvertRoutines, NullBuffersHoldNothing) {
+  TavClCodePage2UnicodeConverter fromUtf8(TAV_CCSID_UTF8);
+  const char* nothing = nullptr;
+  EXPECT_EQ(fromUtf8.convertBytes(nullptr, 100, &nothing, 100), 0u);
+  EXPECT_EQ(fromUtf8.getError().id, static_cast<uint32_t>(NO_ERROR));
+  EXPECT_EQ(fromUtf8.convertBytes(nullptr, 100, static_cast<const char**>(nullptr), 5), 0u);
+  const char* text = "abc";
+  EXPECT_EQ(fromUtf8.convertBytes(nullptr, 100, &text, 3), 0u);
+  EXPECT_EQ(fromUtf8.getError().id, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
+  EXPECT_STREQ(text, "abc");
+}
+
+TEST(ConvertRoutines, CopyAndSwapInPlace) {
+  std::string text = ucs2({0x1234, 0xABCD});
+  TavClUnicode2CodePageConverter swapping(TAV_CCSID_UCS2_BIG_ENDIAN);
+  EXPECT_EQ(swapping.convertBytes(&text[0], text.size(), text.data(), text.size()), 4u);
+  EXPECT_EQ(text, std::string("\x12\x34\xAB\xCD", 4));
+}
+
+TEST(ConvertRoutines, SystemConversionIntoTheProcessCodePage) {
+  if (TavClCCSID::getSystemCCSID() == TAV_CCSID_UNKNOWN) {
+    GTEST_SKIP() << "the environment's codeset is not one the library knows";
+  }
+  TavClUnicode2CodePageConverter system(TavClCCSID::getSystemCCSID());
+  TavClUnicode2CodePageConverter notSystem(TavClCCSID(static_cast<TavEnCCSID>(12345)));
+  const std::string input = ucs2({'A', 'b', '1'});
+  struct Case {
+    const TavClConverterABase* converter;
+    std::string input;
+    size_t outSize;
+    std::string written;
+    size_t consumed;
+    uint32_t error;
+  };
+  const Case cases[] = {
+      {&system, input, 16, "Ab1", 6, NO_ERROR},
+      {&system, input + "x", 16, "Ab1", 6, CPCONVERTER_INCOMPLETE},
+      {&system, input, 2, "", 0, CPCONVERTER_TOO_BIG},
+      {&system, input, 0, "", 0, CPCONVERTER_TOO_BIG},
+      {&system, "", 16, "", 0, NO_ERROR},
+      {&system, "x", 16, "", 0, CPCONVERTER_INCOMPLETE},
+      {&notSystem, input, 16, "", 0, CPCONVERTER_TOO_BIG},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.input.size() << " bytes into " << c.outSize);
+    GuardedOutput out(c.outSize);
+    const char* cursor = c.input.data();
+    c.converter->setError(NO_ERROR, TAV_CLASS_UNKNOWN);
+    TavClConverterABase::_TavStConverter conversion{c.converter, out.data(), c.outSize, &cursor,
+                                                    c.input.size()};
+    size_t written = tavConvertByWindowsCallUCS2ToWinCP(conversion);
+    EXPECT_EQ(out.written(written), c.written);
+    EXPECT_EQ(static_cast<size_t>(cursor - c.input.data()), c.consumed);
+    EXPECT_EQ(c.converter->getError().id, c.error);
+    EXPECT_TRUE(out.guardIntact());
+  }
+}
+
+TEST(ConvertRoutines, IcuConvertersByCCSID) {
+  if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
+  const unsigned int known[] = {37, 500, 932, 942, 943, 1392, 65502, 33722, 1386};
+  for (unsigned int ccsid : known) {
+    SCOPED_TRACE(ccsid);
+    _TavStError error{1, TAV_CLASS_LOGIC};
+    void* converter = tavGetICUConverter(ccsid, error);
+    EXPECT_NE(converter, nullptr);
+    EXPECT_EQ(error.id, static_cast<uint32_t>(NO_ERROR));
+    tavDeleteICUConverter(converter);
+  }
+  const unsigned int unknown[] = {12345, 0xFFFFFFFFu};
+  for (unsigned int ccsid : unknown) {
+    SCOPED_TRACE(ccsid);
+    _TavStError error{NO_ERROR, TAV_CLASS_UNKNOWN};
+    EXPECT_EQ(tavGetICUConverter(ccsid, error), nullptr);
+    EXPECT_NE(error.id, static_cast<uint32_t>(NO_ERROR));
+  }
+  tavDeleteICUConverter(nullptr);
+}
+
+TEST(ConvertRoutines, IcuWithUnalignedBuffersAndOddSizes) {
+  if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
+  TavClCodePage2UnicodeConverter from37(TAV_CCSID_EBCDIC_37);
+  TavClUnicode2CodePageConverter to37(TAV_CCSID_EBCDIC_37);
+  const std::string hello = ucs2({'H', 'e', 'l', 'l', 'o'});
+  // One byte in, so that the UCS-2 side sits on an odd address.
+  std::string shifted = "#" + hello + "!";
+  char out[16];
+  EXPECT_EQ(to37.convertBytes(out, sizeof out, shifted.data() + 1, hello.size()), 5u);
+  EXPECT_EQ(std::string(out, 5), "\xC8\x85\x93\x93\x96");
+  EXPECT_EQ(to37.getError().id, static_cast<uint32_t>(NO_ERROR));
+
+  EXPECT_EQ(to37.convertBytes(out, sizeof out, shifted.data() + 1, hello.size() + 1), 5u);
+  EXPECT_EQ(to37.getError().id, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
+
+  char wide[17];
+  EXPECT_EQ(from37.convertBytes(wide + 1, 16, "\xC8\x85\x93\x93\x96", 5), 10u);
+  EXPECT_EQ(std::string(wide + 1, 10), hello);
+
+  EXPECT_EQ(from37.convertBytes(wide + 1, 3, "\xC8\x85\x93\x93\x96", 5), 2u);
+  EXPECT_EQ(from37.getError().id, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
+  EXPECT_EQ(from37.getError().errorClass, TAV_CLASS_USER_DATA_ERROR);
+}
+
+TEST(Utf8Character, DecodesOneWellFormedCharacter) {
+  struct Case {
+    const char* text;
+    uint32_t codePoint;
+  };
+  const Case cases[] = {
+      {"A", 0x41},
+      {"\xC3\xA9z", 0xE9},
+      {"\xE2\x82\xAC", 0x20AC},
+      {"\xF0\x9F\x98\x80", 0x1F600},
+      {"\xF4\x8F\xBF\xBF", 0x10FFFF},
+      {"", 0},
+      {"\xC0\xAF", 0xFFFD},              // overlong '/'
+      {"\xE0\x80\xAF", 0xFFFD},          // overlong '/'
+      {"\xED\xA0\x80", 0xFFFD},          // an encoded surrogate
+      {"\xF4\x90\x80\x80", 0xFFFD},      // above U+10FFFF
+      {"\xF8\x88\x80\x80\x80", 0xFFFD},  // a five-byte form
+      {"\x80", 0xFFFD},                  // a stray continuation byte
+      {"\xC3", 0xFFFD},                  // cut by the end of the text
+      {"\xE2\x82", 0xFFFD},
+      {"\xC3(", 0xFFFD},  // a missing continuation byte
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::Message() << "U+" << std::hex << c.codePoint);
+    EXPECT_EQ(TavClConverterABase::convertUtf8CharToUtf32(c.text), c.codePoint);
+  }
+  EXPECT_EQ(TavClConverterABase::convertUtf8CharToUtf32(nullptr), 0u);
+}
+
+}  // namespace

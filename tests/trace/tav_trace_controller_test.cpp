@@ -1,0 +1,220 @@
+// The trace controller tool, run in this process through TavClTraceController: the status
+// display and the formats against golden files, each display switch and filter option against
+// the formatter set up by hand, the actions, and every failure with its message and exit code.
+// The faults the console ends the process for run in a child process.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "tav_console.h"
+#include "tav_dump.h"
+#include "tav_file.h"
+#include "tav_trace.h"
+#include "tav_trace_controller.h"
+#include "tav_trace_formatter.h"
+#include "tav_trace_test_support.h"
+
+namespace {
+
+using tav::test::readTestData;
+using tav::test::scratchFileName;
+using testing::HasSubstr;
+
+const std::string kDemoTrace = std::string(TAV_TRACE_TEST_DATA) + "/demo.trc";
+
+std::string readBack(FILE* file) {
+  std::fflush(file);
+  std::string text(static_cast<size_t>(std::ftell(file)), '\0');
+  std::rewind(file);
+  text.resize(std::fread(&text[0], 1, text.size(), file));
+  return text;
+}
+
+struct ToolRun {
+  int code;
+  std::string out, err;
+};
+
+// Runs the tool on "prog -key tavdemo" and the arguments. Its output and errors are caught in
+// temporary files unless the run is a child's, and the trace instance it makes is deleted
+// afterwards, so that the next run makes its own.
+ToolRun runTool(std::vector<std::string> arguments, bool child = false) {
+  arguments.insert(arguments.begin(), {"prog", "-key", "tavdemo"});
+  std::vector<const char*> argv;
+  for (const std::string& argument : arguments) argv.push_back(argument.c_str());
+  std::unique_ptr<FILE, int (*)(FILE*)> output(std::tmpfile(), std::fclose);
+  std::unique_ptr<FILE, int (*)(FILE*)> error(std::tmpfile(), std::fclose);
+  TavClConsoleUI console(static_cast<int>(argv.size()), argv.data());
+  if (!child) console.getParams().redirectStreams(output.get(), error.get());
+  const int code = TavClTraceController(console).run();
+  if (child) std::exit(code);
+  TavClTraceInstance::deleteInstance();
+  return {code, readBack(output.get()), readBack(error.get())};
+}
+
+class TraceController : public testing::Test {
+ protected:
+  void SetUp() override { TavClConsoleUI::useBuiltInStringTable(true); }
+  void TearDown() override { TavClConsoleUI::useBuiltInStringTable(false); }
+
+  tav::test::ScopedTraceVariables variables{"TAVDEMO"};
+};
+
+TEST_F(TraceController, StatusDisplayShowsTheTracedProgramsSettingsAndItsFile) {
+  const ToolRun run = runTool({"-file", kDemoTrace});
+  EXPECT_EQ(run.code, 0);
+  std::string golden = readTestData("controller_status.txt");
+  golden.replace(golden.find("@FILE@"), 6, kDemoTrace);
+  EXPECT_EQ(run.out, golden);
+
+  variables.set("_TRACE_ACTIVE", "yes");
+  variables.set("_TRACE_DETAIL", "med");
+  variables.set("_TRACE_BUFSIZE", "5");
+  variables.set("_TRACE_COMPSET", "*,-7,-20.30");
+  const std::string missing = scratchFileName("controller_missing");
+  variables.set("_TRACE_FILE", missing.c_str());
+  const std::string status = runTool({"-instance", "second", "-verbose"}).out;
+  for (const std::string& line : std::vector<std::string>{
+           "Key/Instance             : tavdemo/second", "Trace active             : YES",
+           "Trace enabled            : YES", "Trace buffer size        : 5120 Bytes",
+           "Trace file               : " + missing, "Number of entries        : -",
+           "Detail level             : MED", "Component Set            : *,-7,-20.30",
+           "Include component(s)     : 1-6,8-19,31-255", "Exclude component(s)     : 7,20-30"}) {
+    EXPECT_THAT(status, HasSubstr(line + "\n"));
+  }
+}
+
+TEST_F(TraceController, DisplayGivesTheGoldenDefaultNestedAndJsonFormats) {
+  // The detail filter starts from the traced program's level: LOW hides the HIGH records.
+  EXPECT_THAT(runTool({"-file", kDemoTrace, "-display", "-format", "%l"}).out,
+              testing::Not(HasSubstr("HIGH")));
+  variables.set("_TRACE_DETAIL", "high");
+  const std::pair<std::vector<std::string>, const char*> rows[] = {
+      {{}, "demo_default.txt"},
+      {{"-fnest", "-findent", "|  ", "-format", "%x %f %m %d"}, "demo_nested.txt"},
+      {{"-format", "chrome"}, "demo_chrome.json"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.second);
+    std::vector<std::string> arguments = {"-file", kDemoTrace, "-display"};
+    arguments.insert(arguments.end(), row.first.begin(), row.first.end());
+    const ToolRun run = runTool(arguments);
+    EXPECT_EQ(run.code, 0);
+    EXPECT_EQ(run.out, readTestData(row.second));
+  }
+}
+
+// Each option reaches the formatter: the tool writes what the formatter set up the same way
+// writes from the demo trace (recorded at detail HIGH by one thread).
+TEST_F(TraceController, EveryDisplaySwitchAndFilterOptionReachesTheFormatter) {
+  variables.set("_TRACE_DETAIL", "high");
+  variables.set("_TRACE_FORMAT", "%x %l %c %f %d");
+  using Setup = void (*)(TavClTraceFormatter&);
+  const std::pair<std::vector<std::string>, Setup> rows[] = {
+      {{}, [](TavClTraceFormatter&) {}},
+      {{"-fnest", "-findent", ">"},
+       [](TavClTraceFormatter& f) { f.enableNesting(true), f.setDisplayIndentation(">"); }},
+      {{"-fnofhd"}, [](TavClTraceFormatter& f) { f.enableFunctionHeaders(false); }},
+      {{"-fssfhd"}, [](TavClTraceFormatter& f) { f.enableRepeatedOrigins(false); }},
+      {{"-fhex", "-fbin"},
+       [](TavClTraceFormatter& f) { f.enableHexData(true), f.enableBinData(true); }},
+      {{"-fdetail", "med"},
+       [](TavClTraceFormatter& f) { f.getFilter().setDetail(TAV_TRACE_DETAIL_MED); }},
+      {{"-fcompids", "2.3"}, [](TavClTraceFormatter& f) { f.getFilter().disableComponentId(1); }},
+      {{"-fpid", "1", "-ftid", "1"},
+       [](TavClTraceFormatter& f) { f.getFilter().setProcessId("1"); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.first));
+    std::vector<std::string> arguments = {"-file", kDemoTrace, "-display"};
+    arguments.insert(arguments.end(), row.first.begin(), row.first.end());
+    tav::test::TestTraceEnvironment environment;
+    environment.fileName = kDemoTrace;
+    TavClTraceFormatter formatter(environment);
+    formatter.getFilter().setDetail(TAV_TRACE_DETAIL_HIGH);
+    formatter.setFormatString("%x %l %c %f %d");
+    row.second(formatter);
+    std::ostringstream expected;
+    formatter.format(expected);
+    EXPECT_EQ(runTool(arguments).out, expected.str());
+  }
+}
+
+TEST_F(TraceController, ResetInitAndDumpWorkOnTheKeysTraceFile) {
+  const std::string file = scratchFileName("controller_actions");
+  variables.set("_TRACE_FILE", file.c_str());
+  const std::string bytes = readTestData("demo.trc");
+  std::ofstream(file, std::ios::binary) << bytes;
+  const std::string dump = runTool({"-dump"}).out;
+  EXPECT_EQ(std::count(dump.begin(), dump.end(), '\n'), static_cast<long>(bytes.size() + 15) / 16);
+  EXPECT_EQ(dump.substr(0, dump.find('\n')),
+            TavClStrepHexDump(size_t{0}, bytes.data(), 16).getAsCString());
+  EXPECT_EQ(runTool({"-reset"}).code, 0);
+  EXPECT_FALSE(TavClFile(file.c_str()).isExistent());
+  EXPECT_EQ(runTool({"-reset"}).code, 0);  // nothing to remove is no failure
+  EXPECT_EQ(runTool({"-init", "-display"}).out, "");
+  EXPECT_EQ(tav::test::readFileBytes(file), "");
+  std::remove(file.c_str());
+}
+
+// Any file as trace file, and any value of the options: a message and an exit code.
+TEST_F(TraceController, EveryFailureHasItsMessageAndExitCode) {
+  const std::string missing = scratchFileName("controller_none"), cut = scratchFileName("cut");
+  const std::string demo = readTestData("demo.trc");
+  std::ofstream(cut, std::ios::binary) << demo.substr(0, demo.size() - 2);  // inside a level
+  const std::string text = std::string(TAV_TRACE_TEST_DATA) + "/demo_default.txt";
+  const std::string noDirectory = missing + "/sub/x.trc";
+  variables.set("_TRACE_FILE", missing.c_str());
+  const std::tuple<std::vector<std::string>, int, std::string> rows[] = {
+      {{"-file", missing, "-display"}, 1, "Specified trace file not found: " + missing},
+      {{"-file", missing, "-dump"}, 1, "Specified trace file not found: " + missing},
+      {{"-instance", "a b"}, 2, "Invalid instance: a b"},
+      {{"-instance", std::string(65, 'i')}, 2, "Invalid instance: " + std::string(65, 'i')},
+      {{"-display"},
+       3,
+       "Trace file could not be identified; specified key may be invalid: tavdemo"},
+      {{"-file", noDirectory, "-init"}, 4, "Could not initialize trace: " + noDirectory},
+      {{"-file", cut, "-display"}, 6, "Trace file corrupted: unexpected end-of-file: " + cut},
+      {{"-file", text, "-display"}, 7, "Trace file corrupted: invalid data found: " + text},
+      {{"-format", ""}, 204, "Invalid value specified: -format"},
+      {{"-fpid", "4294967296"}, 204, "Invalid value specified: -fpid"},
+      {{"-ftid", "12x"}, 204, "Invalid value specified: -ftid"},
+      {{"-fdetail", "loud"}, 204, "Invalid value specified: -fdetail"},
+      {{"-fcompids", "1,2;rm"}, 204, "Invalid value specified: -fcompids"},
+  };
+  for (const auto& [options, code, message] : rows) {
+    SCOPED_TRACE(testing::PrintToString(options));
+    const ToolRun run = runTool(options);
+    EXPECT_EQ(run.code, code);
+    EXPECT_THAT(run.err, HasSubstr("*** A fatal error occurred ***\n    " + message + "\n"));
+  }
+  std::remove(cut.c_str());
+}
+
+// The console's own faults end the process with its codes, after its report.
+TEST_F(TraceController, CommandLineFaultsEndWithTheConsolesCodes) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const std::tuple<std::vector<std::string>, int, const char*> rows[] = {
+      {{"-key"}, 201, "Illegal repetition of command line argument: -key"},
+      {{"-bogus"}, 201, "Unknown command line argument: -bogus"},
+      {{"extra"}, 201, "Unknown command line argument: extra"},
+      {{"-file"}, 203, "No value specified for command line switch: -file"},
+      {{"-h"}, 201, ""},
+  };
+  for (const auto& [options, code, report] : rows) {
+    SCOPED_TRACE(testing::PrintToString(options));
+    EXPECT_EXIT(runTool(options, true), testing::ExitedWithCode(code), HasSubstr(report));
+  }
+}
+
+}  // namespace
