@@ -7,6 +7,7 @@
 #include "tav_language_id.h"
 #include "tav_message.h"
 #include "tav_message_substitution.h"
+#include "tav_message_texts.h"
 #include "tav_msg_os.h"
 
 namespace {
@@ -100,6 +101,13 @@ bool TavClMessageCatalog::lookUp(unsigned long id,
     return true;
   }
   if (stringTable != nullptr && id < stringTableSize) {
+    // The built-in table never changes, so its texts are taken apart once.
+    if (stringTable == tavMsgCatGetBuiltInStringTable() &&
+        id < tavMsgCatGetBuiltInStringTableSize()) {
+      *length = tav::CompiledMessageTexts::builtIn().substitute(id, out, TAV_MSG_MAX_LENGTH,
+                                                                variables, TAV_MSG_VARIABLE_COUNT);
+      return true;
+    }
     const char* entry = stringTable[id] != nullptr ? stringTable[id] : "";
     *length = tav::substituteMessageVariables(out, TAV_MSG_MAX_LENGTH, entry, variables,
                                               TAV_MSG_VARIABLE_COUNT);

@@ -14,7 +14,7 @@ bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 // The number that atol would read at text, saturated instead of overflowing: only whether it
 // lies between 1 and the count of variables matters.
-long readVariableNumber(const char* text) {
+long atolSaturated(const char* text) {
   bool negative = false;
   if (!isDigit(*text)) {  // the rare forms "% 2" and "%+2"
     while (std::isspace(static_cast<unsigned char>(*text))) ++text;
@@ -59,6 +59,19 @@ namespace tav {
 
 const char kUnknownMessageVariable[] = "???";
 
+// One or two digits, the usual forms, are read directly; anything else as atol would.
+long readPlaceholderNumber(const char*& position) {
+  if (isDigit(position[0]) && !isDigit(position[1])) return *position++ - '0';
+  if (isDigit(position[0]) && !isDigit(position[2])) {
+    const long number = (position[0] - '0') * 10 + (position[1] - '0');
+    position += 2;
+    return number;
+  }
+  const long number = atolSaturated(position);
+  while (isDigit(*position)) ++position;
+  return number;
+}
+
 size_t substituteMessageVariables(char* out, size_t limit, const char* in,
                                   const char* const variables[], size_t variableCount) {
   char* next = out;
@@ -74,18 +87,7 @@ size_t substituteMessageVariables(char* out, size_t limit, const char* in,
       ++position;
       continue;
     }
-    // One or two digits, the usual forms, are read here; anything else as atol would.
-    long number;
-    if (isDigit(position[0]) && !isDigit(position[1])) {
-      number = position[0] - '0';
-      position += 1;
-    } else if (isDigit(position[0]) && !isDigit(position[2])) {
-      number = (position[0] - '0') * 10 + (position[1] - '0');
-      position += 2;
-    } else {
-      number = readVariableNumber(position);
-      while (isDigit(*position)) ++position;
-    }
+    const long number = readPlaceholderNumber(position);
     const char* variable = kUnknownMessageVariable;
     if (number >= 1 && static_cast<unsigned long>(number) <= variableCount &&
         variables[number - 1] != nullptr) {

@@ -20,6 +20,12 @@ namespace tav {
 // any other, so callers that fill in missing variables use it rather than a copy of their own.
 extern const char kUnknownMessageVariable[];
 
+// Reads the variable number of a placeholder whose "%" lies just before position, as atol
+// would, and moves position to where scanning resumes: behind the digits when the number
+// starts with one, else at the character after the "%" (so "% 2" leaves " 2" to be copied).
+// The number saturates instead of overflowing.
+long readPlaceholderNumber(const char*& position);
+
 // Writes at most `limit` characters and a terminator to `out` (which holds limit + 1 bytes) and
 // returns the count written. Null entries among the variables read as "???".
 TAV_INTERNAL_API size_t substituteMessageVariables(char* out, size_t limit, const char* in,

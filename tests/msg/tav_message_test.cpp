@@ -4,10 +4,12 @@
 #include "tav_message.h"
 
 #include "../../src/msg/tav_message_substitution.h"
+#include "../../src/msg/tav_message_texts.h"
 
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <random>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -127,6 +129,47 @@ TEST(MessageSubstitution, MissingVariablesAndTheLimit) {
   EXPECT_EQ(substitute("x%1y", 3, longVariable, 1), "x12");
   EXPECT_EQ(substitute("%%%%", 1), "%");
   EXPECT_EQ(substitute("anything", 0), "");
+}
+
+// Texts taken apart once give what scanning gives: every built-in text and random texts of
+// placeholders in every form, with variables short and long, missing and null, and every limit
+// up to past the whole result (the block copies must stop at the limit too).
+TEST(MessageSubstitution, TextsTakenApartOnceAgreeWithScanning) {
+  std::mt19937 random(11);
+  std::vector<std::string> randomTexts;
+  for (int i = 0; i < 300; ++i) {
+    std::string text;
+    for (size_t length = random() % 40; length > 0; --length) {
+      text += "%%%%%0123456789 +-abcdefghijklmnopqrstu"[random() % 40];
+    }
+    randomTexts.push_back(text);
+  }
+  std::vector<const char*> table{nullptr};
+  for (const std::string& text : randomTexts) table.push_back(text.c_str());
+  const tav::CompiledMessageTexts compiled(table.data(), table.size());
+  const tav::CompiledMessageTexts& builtIn = tav::CompiledMessageTexts::builtIn();
+  EXPECT_TRUE(builtIn.isFrom(tavMsgCatGetBuiltInStringTable()));
+
+  const std::string longText(40, 'L');
+  const char* const mixed[TAV_MSG_VARIABLE_COUNT] = {"", longText.c_str(), nullptr, "x"};
+  const char* const* variableSets[] = {kLetters, mixed};
+  const auto agree = [&](const tav::CompiledMessageTexts& texts, size_t id, const char* text) {
+    for (const char* const* variables : variableSets) {
+      const size_t count = variables == kLetters ? TAV_MSG_VARIABLE_COUNT : 4;
+      const std::string whole = substitute(text, 4096, variables, count);
+      for (size_t limit = 0; limit <= whole.size() + 1; ++limit) {
+        std::vector<char> out(limit + 1, '#');
+        const size_t written = texts.substitute(id, out.data(), limit, variables, count);
+        ASSERT_EQ(std::string(out.data()), substitute(text, limit, variables, count))
+            << "text '" << text << "', limit " << limit;
+        ASSERT_EQ(written, std::string(out.data()).size());
+      }
+    }
+  };
+  for (size_t id = 1; id < table.size(); ++id) agree(compiled, id, table[id]);
+  for (size_t id = 1; id < tavMsgCatGetBuiltInStringTableSize(); ++id) {
+    agree(builtIn, id, tavMsgCatGetBuiltInStringTable()[id]);
+  }
 }
 
 }  // namespace
