@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 bash scripts/install-deps.sh demo
 cmake -S . -B out/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF >/dev/null
-cmake --build out/demo --target tav_demo tav_trace_demo tav_console_demo tav_ini_demo
+cmake --build out/demo --target tav_demo tav_trace_demo tav_console_demo tav_ini_demo tav_process_demo
 echo
 ./out/demo/bin/tav_demo
 
@@ -38,3 +38,7 @@ echo
 echo "--- a configuration file: load, change a value, save atomically"
 cp examples/tav_ini_demo.ini out/demo/settings.ini
 ./out/demo/bin/tav_ini_demo out/demo/settings.ini
+
+echo
+echo "--- child processes: a program found along the search path, run and waited for, then one killed"
+./out/demo/bin/tav_process_demo
