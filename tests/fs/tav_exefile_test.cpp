@@ -4,31 +4,17 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <optional>
 #include <string>
 
-#include "tav_environment.h"
 #include "tav_exefile.h"
 #include "tav_fs_scratch.h"
 #include "tav_test_allocator.h"
+#include "tav_test_environment.h"
 
 namespace {
 
 using tav::test::kNativeIsSlash;
-
-// Sets a variable for the lifetime of the object and puts the old value back afterwards.
-class VariableChange {
- public:
-  VariableChange(const char* name, const char* value) : variable(name, nullptr) {
-    if (const char* old = TavClEnvironmentVariableQueryOnly(name).getValue()) previous = old;
-    variable.setNewValue(value);
-  }
-  ~VariableChange() { variable.setNewValue(previous ? previous->c_str() : nullptr); }
-
- private:
-  TavClEnvironmentVariable variable;
-  std::optional<std::string> previous;
-};
+using tav::test::VariableChange;
 
 // A program file in the scratch directory: "NAME.exe" on Windows; on POSIX with or without
 // execute permission.

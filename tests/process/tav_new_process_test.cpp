@@ -10,21 +10,19 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "tav_environment.h"
 #include "tav_exefile.h"
 #include "tav_newprocess.h"
 #include "tav_process.h"
+#include "tav_test_environment.h"
 
 #if defined(_WIN32)
 #include <windows.h>
 constexpr bool kPosix = false;
 #else
-#include <fcntl.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -34,25 +32,12 @@ constexpr bool kPosix = true;
 namespace {
 
 namespace fs = std::filesystem;
+using tav::test::VariableChange;
 
 const TavClExeFile kHelper(fs::path(TAV_TEST_PROCESS_HELPER).make_preferred().string().c_str());
 const std::string kOutput =
     (fs::temp_directory_path() / ("tav-helper-" + std::to_string(TavClProcessProperty().getId())))
         .string();
-
-// Sets a variable for the lifetime of the object and puts the old value back afterwards.
-class VariableChange {
- public:
-  VariableChange(const char* name, const char* value) : variable(name, nullptr) {
-    if (const char* old = TavClEnvironmentVariableQueryOnly(name).getValue()) previous = old;
-    variable.setNewValue(value);
-  }
-  ~VariableChange() { variable.setNewValue(previous ? previous->c_str() : nullptr); }
-
- private:
-  TavClEnvironmentVariable variable;
-  std::optional<std::string> previous;
-};
 
 // The helper's report: its arguments, then what it found open, then "end" when complete.
 std::vector<std::string> readReport() {
