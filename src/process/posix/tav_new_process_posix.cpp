@@ -14,6 +14,13 @@
 
 #include "../tav_process_os.h"
 
+// glibc 2.34 and later can close every descriptor from a number on in the spawned child.
+#if defined(__GLIBC__) && defined(__GLIBC_PREREQ)
+#if __GLIBC_PREREQ(2, 34)
+#define TAV_HAVE_SPAWN_CLOSEFROM 1
+#endif
+#endif
+
 extern char** environ;
 
 namespace tav::os {
@@ -23,11 +30,6 @@ namespace {
 // Descriptors above standard error must not reach the child, those the caller opened without
 // close-on-exec included.
 int closeInheritedDescriptors(posix_spawn_file_actions_t* actions) {
-#if defined(__GLIBC__) && defined(__GLIBC_PREREQ)
-#if __GLIBC_PREREQ(2, 34)
-#define TAV_HAVE_SPAWN_CLOSEFROM 1
-#endif
-#endif
 #ifdef TAV_HAVE_SPAWN_CLOSEFROM
   return posix_spawn_file_actions_addclosefrom_np(actions, 3);
 #else
