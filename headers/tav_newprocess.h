@@ -32,7 +32,9 @@
 // - a child ended by a signal reports 128 plus the signal number as its exit code;
 // - an asynchronous child starts through an intermediate process that ends at once, so that
 //   when the program ends it leaves no zombie behind, without any signal handler of the
-//   library; the id returned is the program's own;
+//   library; the id returned is the program's own. The intermediate process is made with
+//   fork, so unlike a synchronous launch an asynchronous one costs more in a caller that holds
+//   much memory (fork copies its page tables);
 // - there are no consoles, so the new-console flag has no effect.
 
 #ifndef TAV_NEWPROCESS_H
