@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh demo
 cmake -S . -B out/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_TESTS=OFF >/dev/null
 cmake --build out/demo --target tav_demo tav_trace_demo tavtrace tav_console_demo tav_ini_demo \
-  tav_codepage_demo
+  tav_codepage_demo tav_process_demo
 echo
 ./out/demo/bin/tav_demo
 
@@ -53,3 +53,7 @@ cp examples/tav_ini_demo.ini out/demo/settings.ini
 echo
 echo "--- code pages: a line of UTF-8 into EBCDIC 37 through ICU, and back"
 ./out/demo/bin/tav_codepage_demo
+
+echo
+echo "--- child processes: a program found along the search path, run and waited for, then one killed"
+./out/demo/bin/tav_process_demo

@@ -19,6 +19,22 @@ uint32_t currentThreadId();
 // failed.
 OsStatus killProcess(uint32_t processId);
 
+// What a launcher hands over to start a program.
+struct ProcessStart {
+  // The program (as the first item) and its arguments, ending with a null pointer.
+  const char* const* arguments;
+  // The same as one Windows command line, quoted.
+  const char* commandLine;
+  bool newConsole;  // Windows: a console of the child's own
+  bool wait;        // wait for the end and give the exit code, else give the process id
+};
+
+// Starts a program; nothing above standard error is inherited. On success *result is the exit
+// code (128 + the signal number for a child ended by a signal) or the process id of the
+// program. A failure carries the system's code, or TAV_NEWPROCESS_UNSAFE_BATCH_ARGUMENT for a
+// refused batch file.
+OsStatus startProcess(const ProcessStart& start, uint32_t* result);
+
 // The value of a variable, or null.
 const char* getEnvironment(const char* name);
 // Hands an assignment to the environment: "NAME=value" sets NAME, the bare "NAME" removes it.

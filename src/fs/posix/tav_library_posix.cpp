@@ -13,10 +13,11 @@ OsStatus openLibrary(const char* name, LibraryHandle* handle, char* detail, size
   errno = 0;
   *handle = dlopen(name, RTLD_NOW | RTLD_LOCAL);
   if (*handle != nullptr) return kOsSuccess;
-  // dlopen keeps the errno of the step that failed (ENOENT for a missing file); a file that
-  // opened but is no library leaves none, and counts as not executable.
-  int code = errno != 0 ? errno : ENOEXEC;
+  // glibc hands out the errno of the step that failed (ENOENT for a missing file) only when
+  // dlerror is asked, so the text comes first. A file that opened but is no library leaves
+  // none, and counts as not executable.
   const char* text = dlerror();
+  int code = errno != 0 ? errno : ENOEXEC;
   if (detail != nullptr && detailSize > 0) {
     std::strncpy(detail, text != nullptr ? text : "", detailSize - 1);
     detail[detailSize - 1] = '\0';
