@@ -136,6 +136,8 @@ class TAV_API TavClTraceFormatter : public TavClMemoryManagedObject {
   void readTraceFile(void (*body)(std::istream& input, void* context), void* context);
   bool formatEntry(std::istream& input, TavClTraceFileEntry& entry);
   void walkFormat(std::istream& input, const TavClTraceFileEntry& entry, bool showOrigin);
+  // Takes the format string apart into steps once, so that records do not scan it again.
+  void compileFormat();
   void skipEntry(std::istream& input, uint64_t size);
   void formatData(std::istream& input, const TavClTraceFileEntry& entry);
   void readSmallData(std::istream& input, const TavClTraceFileEntry& entry);
@@ -164,6 +166,15 @@ class TAV_API TavClTraceFormatter : public TavClMemoryManagedObject {
   const TavClMessageCatalog* catalog = nullptr;
   TavClMessage* message = nullptr;
   char formatString[kMaxFormatLength + 1] = {};
+  // One step of the format: a run of formatString's text, one character, or a directive.
+  struct FormatStep {
+    enum Kind : uint8_t { run, character, directive } kind;
+    char value;       // the character, or the directive's letter
+    uint16_t start;   // of a run in formatString
+    uint16_t length;  // of a run
+  };
+  FormatStep formatSteps[kMaxFormatLength + 1] = {};
+  size_t formatStepCount = 0;
   char indentation[kMaxIndentationLength + 1] = {};
   size_t indentationLength = 0;
   uint32_t flags = kFunctionHeaders | kRepeatedOrigins;

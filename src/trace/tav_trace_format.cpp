@@ -20,6 +20,7 @@
 #include "tav_error.h"
 #include "tav_message.h"
 #include "tav_trace_record_layout.h"
+#include "tav_utils.h"
 
 namespace {
 
@@ -172,13 +173,8 @@ inline void TavClTraceFormatter::displayChar(char c) {
 }
 
 inline void TavClTraceFormatter::displayUnsigned(uint64_t value) {
-  char digits[20];
-  size_t count = 0;
-  do {
-    digits[sizeof(digits) - ++count] = static_cast<char>('0' + value % 10);
-    value /= 10;
-  } while (value != 0);
-  displayBuffer(digits + sizeof(digits) - count, count);
+  char digits[TAV_INT64_TEXT_SIZE];
+  displayBuffer(digits, static_cast<size_t>(tavW64toa(value, digits)));
 }
 
 TavClTraceFormatter::TavClTraceFormatter(TavClTraceEnvironment& environment,
@@ -211,6 +207,46 @@ void TavClTraceFormatter::setFormatString(const char* text) {
   const size_t length = text == nullptr ? 0 : strnlen(text, kMaxFormatLength);
   std::memcpy(formatString, text == nullptr ? "" : text, length);
   formatString[length] = '\0';
+  compileFormat();
+}
+
+// A "%" or a backslash starts a directive: "%%" and backslash-t are single characters,
+// backslash-n and "%n" line breaks, an unknown "%q" stays as the text it is, and a lone "%" or
+// backslash at the end stands for itself.
+void TavClTraceFormatter::compileFormat() {
+  formatStepCount = 0;
+  const auto add = [this](FormatStep::Kind kind, char value, size_t start, size_t length) {
+    formatSteps[formatStepCount++] = {kind, value, static_cast<uint16_t>(start),
+                                      static_cast<uint16_t>(length)};
+  };
+  for (size_t i = 0; formatString[i] != '\0';) {
+    const char c = formatString[i];
+    if (c != '%' && c != '\\') {
+      const size_t run = std::strcspn(formatString + i, "%\\");
+      add(FormatStep::run, 0, i, run);
+      i += run;
+      continue;
+    }
+    const char next = formatString[i + 1];
+    if (next == '\0') {
+      add(FormatStep::character, c, 0, 0);
+      break;
+    }
+    if (c == '\\') {
+      if (next == 'n') {
+        add(FormatStep::directive, 'n', 0, 0);
+      } else {
+        add(FormatStep::character, next == 't' ? '\t' : next, 0, 0);
+      }
+    } else if (next == '%') {
+      add(FormatStep::character, '%', 0, 0);
+    } else if (std::strchr("fmpstclxXdn", next) != nullptr) {
+      add(FormatStep::directive, next, 0, 0);
+    } else {
+      add(FormatStep::run, 0, i, 2);
+    }
+    i += 2;
+  }
 }
 
 void TavClTraceFormatter::setDisplayIndentation(const char* text) {
@@ -322,34 +358,20 @@ uint32_t TavClTraceFormatter::depthOf(const TavClTraceFileEntry& entry) const {
 
 void TavClTraceFormatter::walkFormat(std::istream& input, const TavClTraceFileEntry& entry,
                                      bool showOrigin) {
-  for (const char* cursor = formatString; *cursor != '\0'; ++cursor) {
-    if (!input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
-    const char c = *cursor;
-    if (c != '%' && c != '\\') {
-      // Plain text up to the next directive goes out in one piece.
-      const size_t run = std::strcspn(cursor, "%\\");
-      displayBuffer(cursor, run);
-      cursor += run - 1;
+  // Only the data directive reads the input, so its state is checked before the first step and
+  // after each data step that other steps follow.
+  if (formatStepCount > 0 && !input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
+  for (size_t i = 0; i < formatStepCount; ++i) {
+    const FormatStep& step = formatSteps[i];
+    if (step.kind == FormatStep::run) {
+      displayBuffer(formatString + step.start, step.length);
       continue;
     }
-    const char directive = cursor[1];
-    if (directive == '\0') {
-      displayChar(c);
-      break;
-    }
-    ++cursor;
-    if (c == '\\') {
-      if (directive == 'n') {
-        displayLineBreak();
-      } else if (directive == 't') {
-        displayChar('\t');
-      } else {
-        displayChar(directive);
-      }
+    if (step.kind == FormatStep::character) {
+      displayChar(step.value);
       continue;
     }
-    switch (directive) {
-      case '%': displayChar('%'); break;
+    switch (step.value) {
       case 'f':
         if (showOrigin)
           displayBuffer(entry.getOrigin(), strnlen(entry.getOrigin(), entry.getOriginLength()));
@@ -366,12 +388,9 @@ void TavClTraceFormatter::walkFormat(std::istream& input, const TavClTraceFileEn
       case 'X': displayText(getTypeAsLongCString(entry.getType())); break;
       case 'd':
         if (!dataConsumed) formatData(input, entry);
+        if (i + 1 < formatStepCount && !input) raise(TRACEFORMAT_UNEXPECTED_EOF, kEofInFormat);
         break;
-      case 'n': displayLineBreak(); break;
-      default:
-        displayChar('%');
-        displayChar(directive);
-        break;
+      default: displayLineBreak(); break;  // 'n'
     }
   }
 }
