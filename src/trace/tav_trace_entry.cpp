@@ -172,10 +172,15 @@ bool TavClTraceFileEntry::read(std::istream& input) {
     originLength = deCompressCString(origin, storedOriginBytes, storedOrigin);
     environment.recordCompressionRate(originLength, storedOrigin);
   } else {
-    std::memcpy(message, storedMessageBytes, storedMessage);
+    // Copies of the longest text, whatever the length: a copy of fixed size is a few vector
+    // moves, where one of a length known only now starts up slowly for texts this short. The
+    // record image holds the longest text behind each start, and the bytes behind a text's
+    // terminator are never read.
+    static_assert(kHeaderSize + 2 * kMaxStoredTextLength <= kRecordImageSize, "room to copy");
+    std::memcpy(message, storedMessageBytes, kMaxStoredTextLength);
     message[storedMessage] = '\0';
     messageLength = storedMessage;
-    std::memcpy(origin, storedOriginBytes, storedOrigin);
+    std::memcpy(origin, storedOriginBytes, kMaxStoredTextLength);
     origin[storedOrigin] = '\0';
     originLength = storedOrigin;
   }
