@@ -19,8 +19,10 @@ Where ICU reads a pair as an illegal lead byte followed by a character of its ow
 holds the marker 0xFFFF ("the table's substitute for the first byte, U+001A or for GB18030
 U+FFFD, then read the second byte again"). A code
 that ICU reads as two units (a character beyond the BMP, or a letter with a combining mark) holds
-the marker 0xFFFE and stands with both units in the table's list of two-unit codes. The script
-checks that no real two-byte code maps to either marker. Blocks of 256 values are written once
+the marker 0xFFFE and stands with both units in the table's list of two-unit codes. In the
+three-byte blocks of EUC-JP, 0xDFFF marks a third byte that cannot end the code: U+FFFD for the
+first two bytes, then the third is read again. The script checks that no real code maps to a
+marker. Blocks of 256 values are written once
 however many lead bytes (and tables) use them.
 
 Run from the root of the checkout:  python3 tools/gen_codepage_tables.py [--check]
@@ -55,6 +57,7 @@ REVERSE_CCSIDS = [500, 850]
 
 MARKER = 0xFFFF
 TWO_UNITS = 0xFFFE
+ILLEGAL_THIRD = 0xDFFF
 SUB1 = 0x001A
 SHIFT_OUT, SHIFT_IN = 0x0E, 0x0F
 
@@ -187,9 +190,11 @@ class DoubleByteBuilder:
             # holds the marker, the list of two-unit codes both units.
             self.pairs.append((lead << 8 | trail, units[0], units[1]))
             return TWO_UNITS
+        if self.ebcdic and trail in (SHIFT_OUT, SHIFT_IN) and units == (self.illegal,):
+            return MARKER  # a shift never ends a pair: ICU reads it again as a shift
         if len(units) == 1:
-            if units[0] == MARKER:
-                fail("CCSID %d: %02X%02X maps to U+FFFF" % (self.ccsid, lead, trail))
+            if units[0] == MARKER or 0xD800 <= units[0] <= 0xDFFF:
+                fail("CCSID %d: %02X%02X maps to a marker" % (self.ccsid, lead, trail))
             return units[0]
         if units[0] == self.illegal and units[1:] == self.convert([trail]):
             return MARKER
@@ -234,20 +239,24 @@ class DoubleByteBuilder:
         return single, lead_blocks, flags, prefix_blocks, ranges, sorted(self.pairs), self.illegal
 
     def euc_prefix_blocks(self):
-        """The three-byte codes 8F xx yy: a block for every second byte that begins one."""
+        """The three-byte codes 8F xx yy: a block for every second byte that can begin one."""
         blocks = {}
-        for second in range(0xA1, 0xFF):
+        for second in range(256):
             block = []
             for third in range(256):
                 units = self.icu.to_unicode(self.converter, [0x8F, second, third])
-                if len(units) == 1:
+                if len(units) == 1 and not 0xD800 <= units[0] <= 0xDFFF and units[0] < TWO_UNITS:
                     block.append(units[0])
-                elif units[0] == self.illegal and units[1:] == self.icu.to_unicode(self.converter,
-                                                                          [second, third]):
-                    block.append(MARKER)  # U+001A for 0x8F, then read again from the second byte
+                elif units[0] == self.illegal and units[1:] == self.icu.to_unicode(
+                        self.converter, [second, third]):
+                    block.append(MARKER)  # the substitute for 0x8F, then read from the second byte
+                elif units[0] == 0xFFFD and units[1:] == self.icu.to_unicode(self.converter,
+                                                                             [third]):
+                    block.append(ILLEGAL_THIRD)  # U+FFFD for 8F xx, then read the third again
                 else:
                     fail("CCSID 33722: 8F%02X%02X gives %s" % (second, third, units))
-            blocks[second] = block
+            if any(value != MARKER for value in block):
+                blocks[second] = block
         return blocks
 
     def gb18030_ranges(self):

@@ -13,7 +13,8 @@
 // Two values of a double-byte block are markers, never characters: kIllegalPair (the table's
 // substitute for the first byte alone, then the second byte is read again, as for a lead byte
 // followed by a byte that cannot follow it) and kTwoUnitCode (a code of two UCS-2 units, found
-// in the table's list of such codes).
+// in the table's list of such codes). A three-byte block may also hold kIllegalThirdByte: U+FFFD
+// for the first two bytes, then the third is read again.
 
 #ifndef TAV_CODEPAGE_TABLES_H
 #define TAV_CODEPAGE_TABLES_H
@@ -46,6 +47,7 @@ enum LeadFlag : uint8_t {
 
 constexpr uint16_t kIllegalPair = 0xFFFF;
 constexpr uint16_t kTwoUnitCode = 0xFFFE;
+constexpr uint16_t kIllegalThirdByte = 0xDFFF;
 
 // A run of four-byte codes whose code points follow each other: the code with the index
 // firstIndex (counting the four-byte codes from 81 30 81 30) is firstUnit.

@@ -71,6 +71,7 @@ Decoded fromBlock(const DoubleByteTable& table, uint16_t block, unsigned char fi
                   unsigned char second, size_t length) {
   uint16_t unit = bigEndianAt(tav::codepage::doubleByteBlock(block), second);
   if (unit == tav::codepage::kIllegalPair) return {{table.illegalSubstitute, 0}, 1, 1};
+  if (unit == tav::codepage::kIllegalThirdByte) return {{0xFFFD, 0}, 1, 2};
   if (unit == tav::codepage::kTwoUnitCode) {
     uint16_t code = static_cast<uint16_t>(first << 8 | second);
     const tav::codepage::TwoUnitCode* end = table.twoUnitCodes + table.twoUnitCodeCount;
