@@ -42,7 +42,19 @@ const uint8_t* tableData(const Conversion& conversion) {
   return static_cast<const uint8_t*>(conversion.converter->getAlgorithmData());
 }
 
-// Single bytes into UCS-2; lineFeedForNextLine writes U+0085 as U+000A.
+// A stored big-endian value in host order, read as one 16-bit load.
+uint16_t loadBigEndian(const uint8_t* stored) {
+  uint16_t value;
+  std::memcpy(&value, stored, 2);
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+  return value;
+#else
+  return static_cast<uint16_t>(value >> 8 | value << 8);
+#endif
+}
+
+// Single bytes into UCS-2, four at a time where there are four; lineFeedForNextLine writes
+// U+0085 as U+000A. Next line is rare in text, so it is mended after the four are read.
 template <bool lineFeedForNextLine>
 size_t convertSingleBytes(Conversion& conversion) {
   const auto* table =
@@ -51,10 +63,22 @@ size_t convertSingleBytes(Conversion& conversion) {
   if (count < conversion.inputSize) setTooBig(conversion);
   const auto* in = reinterpret_cast<const unsigned char*>(*conversion.input);
   char* out = conversion.output;
-  for (size_t i = 0; i < count; ++i) {
-    uint16_t unit = bigEndianAt(table->ucs2, in[i]);
-    if (lineFeedForNextLine && unit == kNextLine) unit = kLineFeed;
-    storeUnit(out + 2 * i, unit);
+  const uint8_t* values = table->ucs2;
+  size_t i = 0;
+  for (; i + 4 <= count; i += 4) {
+    uint16_t units[4];
+    for (size_t k = 0; k < 4; ++k) {
+      units[k] = loadBigEndian(values + 2 * static_cast<size_t>(in[i + k]));
+    }
+    if (lineFeedForNextLine && (units[0] == kNextLine || units[1] == kNextLine ||
+                                units[2] == kNextLine || units[3] == kNextLine)) {
+      for (uint16_t& unit : units) unit = unit == kNextLine ? kLineFeed : unit;
+    }
+    for (size_t k = 0; k < 4; ++k) storeUnit(out + 2 * (i + k), units[k]);
+  }
+  for (; i < count; ++i) {
+    uint16_t unit = loadBigEndian(values + 2 * in[i]);
+    storeUnit(out + 2 * i, lineFeedForNextLine && unit == kNextLine ? kLineFeed : unit);
   }
   *conversion.input += count;
   return count * 2;

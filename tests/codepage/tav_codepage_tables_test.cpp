@@ -45,13 +45,6 @@ std::vector<uint16_t> unitsOf(const std::string& bytes) {
   return units;
 }
 
-// A whole conversion with room to spare.
-std::vector<uint16_t> toUnicode(const TavClConverterABase& converter, const std::string& input) {
-  std::string out(input.size() * 4 + 8, '\0');
-  size_t written = converter.convertBytes(&out[0], out.size(), input.data(), input.size());
-  return unitsOf(out.substr(0, written));
-}
-
 TEST(CodePageTables, EveryTableCcsidChoosesItsTable) {
   for (uint32_t number : kSingleByteCcsids) {
     SCOPED_TRACE(number);
@@ -263,6 +256,13 @@ TEST(CodePageTables, Pc850RoundTripsThroughItsReverseTable) {
 }
 
 #if TAV_TEST_HAVE_ICU
+
+// A whole conversion with room to spare.
+std::vector<uint16_t> toUnicode(const TavClConverterABase& converter, const std::string& input) {
+  std::string out(input.size() * 4 + 8, '\0');
+  size_t written = converter.convertBytes(&out[0], out.size(), input.data(), input.size());
+  return unitsOf(out.substr(0, written));
+}
 
 // ICU's converter for a CCSID, opened as the library opens it.
 class IcuConverter {
