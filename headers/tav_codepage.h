@@ -24,6 +24,32 @@
 //   input pointer left on its first byte.
 // - Copying and byte swapping report CPCONVERTER_TOO_BIG, not CPCONVERTER_INCOMPLETE, when an
 //   odd output size rather than the input ends them.
+// - The table routines write a character whole or not at all and stop with
+//   CPCONVERTER_TOO_BIG before one that does not fit; UCS-2 to a single-byte code page stops at
+//   the end of the output like every other routine.
+// - A double-byte character cut by the end of the input (a lead byte, half a pair in
+//   double-byte mode, a cut three- or four-byte code) is left unconsumed with
+//   CPCONVERTER_INCOMPLETE instead of being read past the end; an EBCDIC input that ends in
+//   double-byte mode reports CPCONVERTER_INCOMPLETE. The shift state is not kept between calls:
+//   a text continued after CPCONVERTER_TOO_BIG in double-byte mode needs its shift-out again.
+// - A lead byte followed by a byte that cannot follow it gives one substitute (U+001A, U+FFFD
+//   for GB18030) for the lead byte alone, and the next byte is read again, as ICU does, instead
+//   of both bytes being swallowed.
+// - Codes that stand for two UCS-2 units (characters beyond U+FFFF, letters with a combining
+//   mark in 1390 and 1399) write both units; GB18030 (1392) reads its four-byte codes and EUC-JP
+//   (33722) its three-byte codes whole rather than as pairs.
+//
+// Built-in tables, generated from the IBM mappings (ICU reaches the other code pages):
+// - to UCS-2, single-byte: EBCDIC 37, 273, 277, 278, 280, 284, 285, 297, 500, 870, 871, 875,
+//   1025, 1026, 1047, 1140-1149, 1153; PC 437, 850, 852, 855, 857, 858, 860, 861, 863, 865,
+//   866, 869; Windows 1250-1258; ISO 8859-1 (819) and 8859-15 (923);
+// - to UCS-2, double-byte: EBCDIC 930, 933, 935, 937, 939, 1390, 1399 (with their aliases 5026
+//   and 5035); 950, 1386 (with 936), 1392 (GB18030, with 5488 and 18030), 33722 (EUC-JP, with
+//   954);
+// - from UCS-2: 500 and 850.
+// Every table answers what ICU answers for the same bytes, except that EBCDIC next line (U+0085)
+// is written as line feed (U+000A), each UCS-2 unit gives exactly one byte (ICU drops some
+// ignorable code points and substitutes a surrogate pair once), and the cut characters above.
 //
 // ICU serves the code pages without a built-in routine. The library links it on Linux and loads
 // the system's icu.dll at run time on Windows; where that is absent every ICU open fails and
@@ -328,6 +354,19 @@ tavConvertByAlgorithmIcuFromUnicode(TavClConverterABase::_TavStConverter& conver
 // The operating system's conversion from UCS-2 into the target CCSID, a process code page;
 // failure (including a full output) sets TOO_BIG and writes nothing.
 TAV_API size_t tavConvertByWindowsCallUCS2ToWinCP(TavClConverterABase::_TavStConverter& conversion);
+// Through a built-in single-byte table; the EBCDIC variant writes U+0085 as U+000A.
+TAV_API size_t
+tavConvertByTablesSBCS_EBCDICtoUCS2(TavClConverterABase::_TavStConverter& conversion);
+TAV_API size_t tavConvertByTablesSBCS_ASCIItoUCS2(TavClConverterABase::_TavStConverter& conversion);
+// Through a built-in double-byte table: EBCDIC with shift-out (0x0E) and shift-in (0x0F), or
+// ASCII-based with lead bytes; see the top of this header for cut and illegal characters.
+TAV_API size_t
+tavConvertByTablesDBCS_EBCDICtoUCS2(TavClConverterABase::_TavStConverter& conversion);
+TAV_API size_t tavConvertByTablesDBCS_ASCIItoUCS2(TavClConverterABase::_TavStConverter& conversion);
+// Through a reverse table into a single-byte code page (500 or 850), one byte a unit.
+TAV_API size_t tavConvertByTablesUCS2toSBCS(TavClConverterABase::_TavStConverter& conversion);
+// A placeholder that no converter chooses: converts nothing and returns 0.
+TAV_API size_t tavConvertByTablesEUCtoUCS2(TavClConverterABase::_TavStConverter& conversion);
 // Converts nothing and sets CPCONVERTER_UNSUPPORTED.
 TAV_API size_t tavConvertError(TavClConverterABase::_TavStConverter& conversion);
 

@@ -51,7 +51,7 @@ cp examples/tav_ini_demo.ini out/demo/settings.ini
 ./out/demo/bin/tav_ini_demo out/demo/settings.ini
 
 echo
-echo "--- code pages: a line of UTF-8 into EBCDIC 37 through ICU, and back"
+echo "--- code pages: a line of EBCDIC 37 into UTF-8 through the built-in table, and back through ICU"
 ./out/demo/bin/tav_codepage_demo
 
 echo

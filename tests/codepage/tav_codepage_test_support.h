@@ -87,6 +87,11 @@ inline std::string routineName(TavClConverterABase::TavPfuConverterAlgorithm rou
       {tavConvertByAlgorithmIcuToUnicode, "icu"},
       {tavConvertByAlgorithmIcuFromUnicode, "icu"},
       {tavConvertByWindowsCallUCS2ToWinCP, "system"},
+      {tavConvertByTablesSBCS_EBCDICtoUCS2, "sbcs-ebcdic"},
+      {tavConvertByTablesSBCS_ASCIItoUCS2, "sbcs-ascii"},
+      {tavConvertByTablesDBCS_EBCDICtoUCS2, "dbcs-ebcdic"},
+      {tavConvertByTablesDBCS_ASCIItoUCS2, "dbcs-ascii"},
+      {tavConvertByTablesUCS2toSBCS, "reverse"},
       {tavConvertError, "unsupported"},
   };
   for (const Named& named : kNames) {

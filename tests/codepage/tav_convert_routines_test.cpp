@@ -70,6 +70,11 @@ struct RoutineCase {
   bool needsIcu;
 };
 
+// A code page that has no built-in table, so that ICU serves it.
+constexpr TavEnCCSID kIcuOnly = static_cast<TavEnCCSID>(1112);
+
+TavEnCCSID ccsid(uint32_t number) { return static_cast<TavEnCCSID>(number); }
+
 std::vector<RoutineCase> routineCases() {
   auto to = [](TavEnCCSID ccsid) {
     return [ccsid] { return std::make_unique<TavClCodePage2UnicodeConverter>(TavClCCSID(ccsid)); };
@@ -85,9 +90,23 @@ std::vector<RoutineCase> routineCases() {
       {"utf8 to ucs2", to(TAV_CCSID_UTF8),
        "A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xC0\xAF\xED\xA0\x80z\xE2\x82", false},
       {"ucs2 to utf8", from(TAV_CCSID_UTF8), mixedUcs2 + "!", false},
-      {"icu to unicode", to(TAV_CCSID_EBCDIC_37), "\xC8\x85\x93\x93\x96\x40\x9F\x15", true},
-      {"icu from unicode", from(TAV_CCSID_EBCDIC_37), ucs2({'H', 'i', 0xE9, 0x20AC, 'z'}) + "!",
-       true},
+      {"icu to unicode", to(kIcuOnly), "\xC8\x85\x93\x93\x96\x40\x9F\x15", true},
+      {"icu from unicode", from(kIcuOnly), ucs2({'H', 'i', 0xE9, 0x20AC, 'z'}) + "!", true},
+      {"sbcs ebcdic", to(TAV_CCSID_EBCDIC_37), "\xC8\x85\x93\x93\x96\x40\x9F\x15", false},
+      {"sbcs ascii", to(TAV_CCSID_PC_850), "Hi \x82\xD5\xFF", false},
+      {"reverse", from(TAV_CCSID_EBCDIC_500), mixedUcs2 + "!", false},
+      // Single bytes, pairs, a pair of two units, an illegal pair, then a cut pair in
+      // double-byte mode.
+      {"dbcs ebcdic", to(ccsid(1390)),
+       "A\x0E\x44\x5A\xEC\xB5\x44\x0F\x0F"
+       "Z\x0E\x45\x41\x44",
+       false},
+      {"dbcs ascii", to(ccsid(1386)), "A\x81\x40\x81\x20z\xA1", false},
+      {"four-byte", to(ccsid(1392)),
+       "\x81\x30\x81\x30\x95\x32\x82\x36"
+       "A\x81\x30\x81",
+       false},
+      {"three-byte", to(ccsid(33722)), "\x8F\xA2\xAF\x8E\xB1\xA4\xA2\x8F\xA2", false},
   };
 }
 
@@ -210,26 +229,27 @@ TEST(ConvertRoutines, IcuConvertersByCCSID) {
 
 TEST(ConvertRoutines, IcuWithUnalignedBuffersAndOddSizes) {
   if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
-  TavClCodePage2UnicodeConverter from37(TAV_CCSID_EBCDIC_37);
-  TavClUnicode2CodePageConverter to37(TAV_CCSID_EBCDIC_37);
+  // 1112 has no built-in table, so ICU serves it; these letters are the same as in 37.
+  TavClCodePage2UnicodeConverter fromIcu(static_cast<TavEnCCSID>(1112));
+  TavClUnicode2CodePageConverter toIcu(static_cast<TavEnCCSID>(1112));
   const std::string hello = ucs2({'H', 'e', 'l', 'l', 'o'});
   // One byte in, so that the UCS-2 side sits on an odd address.
   std::string shifted = "#" + hello + "!";
   char out[16];
-  EXPECT_EQ(to37.convertBytes(out, sizeof out, shifted.data() + 1, hello.size()), 5u);
+  EXPECT_EQ(toIcu.convertBytes(out, sizeof out, shifted.data() + 1, hello.size()), 5u);
   EXPECT_EQ(std::string(out, 5), "\xC8\x85\x93\x93\x96");
-  EXPECT_EQ(to37.getError().id, static_cast<uint32_t>(NO_ERROR));
+  EXPECT_EQ(toIcu.getError().id, static_cast<uint32_t>(NO_ERROR));
 
-  EXPECT_EQ(to37.convertBytes(out, sizeof out, shifted.data() + 1, hello.size() + 1), 5u);
-  EXPECT_EQ(to37.getError().id, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
+  EXPECT_EQ(toIcu.convertBytes(out, sizeof out, shifted.data() + 1, hello.size() + 1), 5u);
+  EXPECT_EQ(toIcu.getError().id, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
 
   char wide[17];
-  EXPECT_EQ(from37.convertBytes(wide + 1, 16, "\xC8\x85\x93\x93\x96", 5), 10u);
+  EXPECT_EQ(fromIcu.convertBytes(wide + 1, 16, "\xC8\x85\x93\x93\x96", 5), 10u);
   EXPECT_EQ(std::string(wide + 1, 10), hello);
 
-  EXPECT_EQ(from37.convertBytes(wide + 1, 3, "\xC8\x85\x93\x93\x96", 5), 2u);
-  EXPECT_EQ(from37.getError().id, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
-  EXPECT_EQ(from37.getError().errorClass, TAV_CLASS_USER_DATA_ERROR);
+  EXPECT_EQ(fromIcu.convertBytes(wide + 1, 3, "\xC8\x85\x93\x93\x96", 5), 2u);
+  EXPECT_EQ(fromIcu.getError().id, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
+  EXPECT_EQ(fromIcu.getError().errorClass, TAV_CLASS_USER_DATA_ERROR);
 }
 
 TEST(Utf8Character, DecodesOneWellFormedCharacter) {

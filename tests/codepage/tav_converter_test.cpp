@@ -39,7 +39,10 @@ TEST(ConverterSelection, RoutinePerCCSID) {
     EXPECT_EQ(converter->isSupported(), expected != "unsupported");
     EXPECT_EQ(converter->requiresExternalICONVRoutine(), expected == "unsupported");
     EXPECT_EQ(converter->requiresExternalICUData(), expected == "icu");
-    EXPECT_EQ(converter->getAlgorithmData() != nullptr, expected == "icu");
+    // ICU routines hold their ICU converter, table routines their table.
+    bool hasData =
+        expected == "icu" || expected.find("bcs-") != std::string::npos || expected == "reverse";
+    EXPECT_EQ(converter->getAlgorithmData() != nullptr, hasData);
     if (row.str(0) == "to") {
       EXPECT_EQ(converter->getTargetCCSID().getCCSID(), TAV_CCSID_UCS2);
       EXPECT_EQ(converter->getAlgorithm() == tavConvertByAlgorithmIcuToUnicode, expected == "icu");
@@ -90,11 +93,16 @@ TEST(ConverterSelection, ChainCombinesItsStages) {
 
 TEST(ConverterSelection, IcuStagesNeedIcuData) {
   if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
-  TavClCodePage2CodePageConverter first(TAV_CCSID_EBCDIC_37, TAV_CCSID_UTF8);
+  // 1112 has no built-in table; 37 has one only into UCS-2.
+  const TavClCCSID icuOnly(static_cast<TavEnCCSID>(1112));
+  TavClCodePage2CodePageConverter first(icuOnly, TAV_CCSID_UTF8);
   EXPECT_TRUE(first.requiresExternalICUData());
   TavClCodePage2CodePageConverter second(TAV_CCSID_UTF8, TAV_CCSID_EBCDIC_37);
   EXPECT_TRUE(second.requiresExternalICUData());
   EXPECT_TRUE(second.isSupported());
+  TavClCodePage2CodePageConverter tablesOnly(TAV_CCSID_EBCDIC_37, TAV_CCSID_PC_850);
+  EXPECT_FALSE(tablesOnly.requiresExternalICUData());
+  EXPECT_TRUE(tablesOnly.isSupported());
 }
 
 // Exposes the protected re-selection of a converter.
@@ -110,14 +118,22 @@ TEST(ConverterSelection, ChoosingAgainForANewSource) {
   EXPECT_EQ(routineName(converter.getAlgorithm()), "swap");
   // Leaving an ICU converter behind releases it (the leak checkers of the sanitizer build see
   // one that is not).
-  const TavEnCCSID sources[] = {TAV_CCSID_EBCDIC_37, TAV_CCSID_UTF8, TAV_CCSID_EBCDIC_37};
-  for (TavEnCCSID source : sources) {
-    SCOPED_TRACE(source);
-    converter.selectFor(source);
-    EXPECT_EQ(converter.getSourceCCSID().getCCSID(), source);
-    bool viaIcu = source == TAV_CCSID_EBCDIC_37;
-    if (viaIcu && !tav::os::icuIsAvailable()) continue;
-    EXPECT_EQ(routineName(converter.getAlgorithm()), viaIcu ? "icu" : "utf8toucs2");
+  const TavEnCCSID icuOnly = static_cast<TavEnCCSID>(1112);
+  struct Step {
+    TavEnCCSID source;
+    const char* routine;
+  };
+  const Step steps[] = {{icuOnly, "icu"},
+                        {TAV_CCSID_UTF8, "utf8toucs2"},
+                        {icuOnly, "icu"},
+                        {TAV_CCSID_EBCDIC_37, "sbcs-ebcdic"},
+                        {icuOnly, "icu"}};
+  for (const Step& step : steps) {
+    SCOPED_TRACE(step.source);
+    converter.selectFor(step.source);
+    EXPECT_EQ(converter.getSourceCCSID().getCCSID(), step.source);
+    if (step.source == icuOnly && !tav::os::icuIsAvailable()) continue;
+    EXPECT_EQ(routineName(converter.getAlgorithm()), step.routine);
   }
   converter.disable();
   EXPECT_FALSE(converter.isSupported());

@@ -1,0 +1,459 @@
+// tav_codepage_tables_test.cpp - the built-in code page tables: which CCSIDs they serve, their
+// routines at the edges of the input and output, and (where ICU is linked) agreement with ICU
+// over every byte, every double-byte code and every UCS-2 unit.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "tav_codepage.h"
+#include "tav_codepage_test_support.h"
+
+#if TAV_TEST_HAVE_ICU
+#include <unicode/ucnv.h>
+#endif
+
+namespace {
+
+using tav::test::GuardedOutput;
+using tav::test::routineName;
+using tav::test::ucs2;
+
+TavClCCSID ccsid(uint32_t number) { return TavClCCSID(static_cast<TavEnCCSID>(number)); }
+
+const uint32_t kSingleByteCcsids[] = {37,   273,  277,  278,  280,  284,  285,  297,  500,  871,
+                                      1140, 1141, 1142, 1143, 1144, 1145, 1146, 1147, 1148, 1149,
+                                      1047, 870,  1153, 1025, 1026, 875,  437,  850,  852,  855,
+                                      857,  858,  860,  861,  863,  865,  866,  869,  1250, 1251,
+                                      1252, 1253, 1254, 1255, 1256, 1257, 1258, 819,  923};
+const uint32_t kDoubleByteCcsids[] = {930, 933, 935, 937, 939, 950, 1386, 1390, 1392, 1399, 33722};
+const uint32_t kEbcdicDoubleByteCcsids[] = {930, 933, 935, 937, 939, 1390, 1399};
+
+bool isEbcdicDoubleByte(uint32_t number) {
+  for (uint32_t ebcdic : kEbcdicDoubleByteCcsids) {
+    if (ebcdic == number) return true;
+  }
+  return false;
+}
+
+std::vector<uint16_t> unitsOf(const std::string& bytes) {
+  std::vector<uint16_t> units(bytes.size() / 2);
+  if (!units.empty()) std::memcpy(units.data(), bytes.data(), units.size() * 2);
+  return units;
+}
+
+TEST(CodePageTables, EveryTableCcsidChoosesItsTable) {
+  for (uint32_t number : kSingleByteCcsids) {
+    SCOPED_TRACE(number);
+    TavClCodePage2UnicodeConverter converter(ccsid(number));
+    EXPECT_EQ(routineName(converter.getAlgorithm()),
+              ccsid(number).isEBCDIC() ? "sbcs-ebcdic" : "sbcs-ascii");
+    EXPECT_FALSE(converter.requiresExternalICUData());
+  }
+  for (uint32_t number : kDoubleByteCcsids) {
+    SCOPED_TRACE(number);
+    TavClCodePage2UnicodeConverter converter(ccsid(number));
+    EXPECT_EQ(routineName(converter.getAlgorithm()),
+              isEbcdicDoubleByte(number) ? "dbcs-ebcdic" : "dbcs-ascii");
+  }
+  // Neighbours without a table of their own go on to ICU (or stay unsupported without it).
+  const uint32_t withoutTable[] = {1, 36, 38, 1139, 1154, 929, 931, 33723, 948, 924};
+  for (uint32_t number : withoutTable) {
+    SCOPED_TRACE(number);
+    TavClCodePage2UnicodeConverter converter(ccsid(number));
+    EXPECT_EQ(routineName(converter.getAlgorithm()).find("bcs-"), std::string::npos);
+  }
+  const uint32_t reverse[] = {500, 850};
+  for (uint32_t number : reverse) {
+    TavClUnicode2CodePageConverter converter(ccsid(number));
+    EXPECT_EQ(routineName(converter.getAlgorithm()), "reverse") << number;
+  }
+}
+
+// One conversion at an edge: the input, the output size, and what must come of it.
+struct EdgeCase {
+  const char* name;
+  uint32_t ccsid;
+  std::string input;
+  size_t outSize;
+  std::vector<uint16_t> written;
+  size_t consumed;
+  uint32_t error;
+};
+
+TEST(CodePageTables, EdgesOfInputAndOutput) {
+  const EdgeCase cases[] = {
+      {"37 next line and line feed", 37, "\x15\x25\xC1", 16, {0x0A, 0x0A, 0x41}, 3, NO_ERROR},
+      {"1140 is flagged ASCII: next line stays", 1140, "\x15", 16, {0x85}, 1, NO_ERROR},
+      {"850 high half", 850, "\x82\xD5\xFF", 16, {0xE9, 0x131, 0xA0}, 3, NO_ERROR},
+      {"single bytes into an odd output", 37, "\xC1\xC2", 3, {0x41}, 1, CPCONVERTER_TOO_BIG},
+      {"single bytes into nothing", 850, "A", 0, {}, 0, CPCONVERTER_TOO_BIG},
+      {"empty input", 930, "", 0, {}, 0, NO_ERROR},
+      {"930 pair then shift-in", 930, "\x0E\x44\x5A\x0F\xC1", 16, {0x2010, 0x41}, 5, NO_ERROR},
+      {"930 ends in double-byte mode",
+       930,
+       "\x0E\x44\x5A",
+       16,
+       {0x2010},
+       3,
+       CPCONVERTER_INCOMPLETE},
+      {"930 half a pair at the end",
+       930,
+       "\x0E\x44\x5A\x44",
+       16,
+       {0x2010},
+       3,
+       CPCONVERTER_INCOMPLETE},
+      {"930 shift-out alone", 930, "\x0E", 16, {}, 1, CPCONVERTER_INCOMPLETE},
+      {"930 shift-in without shift-out", 930, "\x0F\xC1", 16, {0x41}, 2, NO_ERROR},
+      {"930 EBCDIC next line in single-byte mode", 930, "\x15", 16, {0x0A}, 1, NO_ERROR},
+      {"930 illegal lead byte reads its trail again",
+       930,
+       "\x0E\x30\x44\x5A\x0F",
+       16,
+       {0x1A, 0x2010},
+       5,
+       NO_ERROR},
+      {"930 output full in double-byte mode",
+       930,
+       "\x0E\x44\x5A\x44\x5A\x0F",
+       3,
+       {0x2010},
+       3,
+       CPCONVERTER_TOO_BIG},
+      {"1390 code of two units", 1390, "\x0E\xEC\xB5\x0F", 16, {0x304B, 0x309A}, 4, NO_ERROR},
+      {"1390 code of two units does not fit",
+       1390,
+       "\x0E\xEC\xB5\x0F",
+       2,
+       {},
+       1,
+       CPCONVERTER_TOO_BIG},
+      {"1386 pair", 1386, "\x81\x40", 16, {0x4E02}, 2, NO_ERROR},
+      {"1386 lead byte at the end", 1386, "A\x81", 16, {0x41}, 1, CPCONVERTER_INCOMPLETE},
+      {"1386 illegal trail byte is read again", 1386, "\x81\x20", 16, {0x1A, 0x20}, 2, NO_ERROR},
+      {"1392 four-byte code", 1392, "\x81\x30\x81\x30", 16, {0x80}, 4, NO_ERROR},
+      {"1392 last four-byte code of the BMP", 1392, "\x84\x31\xA4\x39", 16, {0xFFFF}, 4, NO_ERROR},
+      {"1392 four-byte code beyond the BMP",
+       1392,
+       "\x94\x39\xFC\x36",
+       16,
+       {0xD83D, 0xDE00},
+       4,
+       NO_ERROR},
+      {"1392 four-byte code cut after three",
+       1392,
+       "A\x81\x30\x81",
+       16,
+       {0x41},
+       1,
+       CPCONVERTER_INCOMPLETE},
+      {"1392 four-byte code cut after two", 1392, "\x81\x30", 16, {}, 0, CPCONVERTER_INCOMPLETE},
+      {"1392 ill-formed third byte", 1392, "\x81\x30\x20", 16, {0xFFFD, 0x30, 0x20}, 3, NO_ERROR},
+      {"1392 ill-formed fourth byte",
+       1392,
+       "\x81\x30\x81\x20",
+       16,
+       {0xFFFD, 0x30, 0xFFFD, 0x20},
+       4,
+       NO_ERROR},
+      {"1392 pair beyond the BMP does not fit",
+       1392,
+       "\x94\x39\xFC\x36",
+       3,
+       {},
+       0,
+       CPCONVERTER_TOO_BIG},
+      {"33722 three-byte code", 33722, "\x8F\xB0\xA9", 16, {0x4E28}, 3, NO_ERROR},
+      {"33722 half-width katakana", 33722, "\x8E\xB1", 16, {0xFF71}, 2, NO_ERROR},
+      {"33722 three-byte code cut", 33722, "\x8F\xA2", 16, {}, 0, CPCONVERTER_INCOMPLETE},
+      {"33722 prefix alone", 33722, "\x8F", 16, {}, 0, CPCONVERTER_INCOMPLETE},
+      {"33722 prefix before a byte that cannot follow",
+       33722,
+       "\x8F\x41",
+       16,
+       {0x1A, 0x41},
+       2,
+       NO_ERROR},
+  };
+  for (const EdgeCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    TavClCodePage2UnicodeConverter converter(ccsid(c.ccsid));
+    // The input is copied into a block of its exact size, so that reading past it is caught
+    // by the sanitizer builds.
+    std::vector<char> exact(c.input.begin(), c.input.end());
+    GuardedOutput out(c.outSize);
+    const char* cursor = exact.data();
+    size_t written = converter.convertBytes(out.data(), c.outSize, &cursor, exact.size());
+    EXPECT_EQ(unitsOf(out.written(written)), c.written);
+    EXPECT_EQ(static_cast<size_t>(cursor - exact.data()), c.consumed);
+    EXPECT_EQ(converter.getError().id, c.error);
+    EXPECT_TRUE(out.guardIntact());
+  }
+}
+
+TEST(CodePageTables, ReverseTableEdges) {
+  TavClUnicode2CodePageConverter to500(TAV_CCSID_EBCDIC_500);
+  TavClUnicode2CodePageConverter to850(TAV_CCSID_PC_850);
+  struct Case {
+    const char* name;
+    const TavClUnicode2CodePageConverter* converter;
+    std::string input;
+    size_t outSize;
+    std::string written;
+    size_t consumed;
+    uint32_t error;
+  };
+  const Case cases[] = {
+      {"500 letters", &to500, ucs2({'H', 'i', 0xE9, '!'}), 8, "\xC8\x89\x51\x4F", 8, NO_ERROR},
+      {"850 letters", &to850, ucs2({'H', 0xE9, 0x131, 0xA0}), 8, "H\x82\xD5\xFF", 8, NO_ERROR},
+      {"unmapped unit", &to850, ucs2({0x20AC, 0x4E00}), 8, "\x7F\x7F", 4, NO_ERROR},
+      {"a surrogate pair gives two bytes", &to500, ucs2({0xD83D, 0xDE00}), 8, "\x3F\x3F", 4,
+       NO_ERROR},
+      {"odd input", &to500, ucs2({'A'}) + "x", 8, "\xC1", 2, CPCONVERTER_INCOMPLETE},
+      {"output full", &to850, ucs2({'A', 'B', 'C'}), 2, "AB", 4, CPCONVERTER_TOO_BIG},
+      {"output full and odd input", &to850, ucs2({'A', 'B'}) + "x", 1, "A", 2, CPCONVERTER_TOO_BIG},
+      {"nothing", &to500, "", 0, "", 0, NO_ERROR},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    std::vector<char> exact(c.input.begin(), c.input.end());
+    GuardedOutput out(c.outSize);
+    const char* cursor = exact.data();
+    size_t written = c.converter->convertBytes(out.data(), c.outSize, &cursor, exact.size());
+    EXPECT_EQ(out.written(written), c.written);
+    EXPECT_EQ(static_cast<size_t>(cursor - exact.data()), c.consumed);
+    EXPECT_EQ(c.converter->getError().id, c.error);
+    EXPECT_TRUE(out.guardIntact());
+  }
+}
+
+TEST(CodePageTables, EucPlaceholderConvertsNothing) {
+  TavClCodePage2UnicodeConverter converter(ccsid(33722));
+  const char* input = "\xA4\xA2";
+  const char* cursor = input;
+  char out[8] = {};
+  TavClConverterABase::_TavStConverter conversion{&converter, out, sizeof out, &cursor, 2};
+  EXPECT_EQ(tavConvertByTablesEUCtoUCS2(conversion), 0u);
+  EXPECT_EQ(cursor, input);
+}
+
+// A round trip through the tables alone: 850 to UCS-2 to 850 keeps every byte.
+TEST(CodePageTables, Pc850RoundTripsThroughItsReverseTable) {
+  std::string all(256, '\0');
+  for (int b = 0; b < 256; ++b) all[b] = static_cast<char>(b);
+  TavClCodePage2CodePageConverter chain(TAV_CCSID_PC_850, TAV_CCSID_PC_850);
+  TavClCodePage2UnicodeConverter toUnicode850(TAV_CCSID_PC_850);
+  TavClUnicode2CodePageConverter from850(TAV_CCSID_PC_850);
+  std::string unicode(512, '\0');
+  ASSERT_EQ(toUnicode850.convertBytes(&unicode[0], unicode.size(), all.data(), all.size()), 512u);
+  std::string back(256, '\0');
+  ASSERT_EQ(from850.convertBytes(&back[0], back.size(), unicode.data(), unicode.size()), 256u);
+  EXPECT_EQ(back, all);
+}
+
+#if TAV_TEST_HAVE_ICU
+
+// A whole conversion with room to spare.
+std::vector<uint16_t> toUnicode(const TavClConverterABase& converter, const std::string& input) {
+  std::string out(input.size() * 4 + 8, '\0');
+  size_t written = converter.convertBytes(&out[0], out.size(), input.data(), input.size());
+  return unitsOf(out.substr(0, written));
+}
+
+// ICU's converter for a CCSID, opened as the library opens it.
+class IcuConverter {
+ public:
+  explicit IcuConverter(uint32_t number) {
+    UErrorCode status = U_ZERO_ERROR;
+    converter = number == 1392 ? ucnv_open("gb18030", &status)
+                               : ucnv_openCCSID(static_cast<int32_t>(number), UCNV_IBM, &status);
+    if (U_FAILURE(status)) converter = nullptr;
+    if (converter != nullptr) ucnv_setFallback(converter, true);
+  }
+  ~IcuConverter() {
+    if (converter != nullptr) ucnv_close(converter);
+  }
+  IcuConverter(const IcuConverter&) = delete;
+  IcuConverter& operator=(const IcuConverter&) = delete;
+
+  bool isOpen() const { return converter != nullptr; }
+
+  std::vector<uint16_t> toUnicode(const std::string& input) {
+    std::vector<UChar> units(input.size() * 2 + 8);
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t count = ucnv_toUChars(converter, units.data(), static_cast<int32_t>(units.size()),
+                                  input.data(), static_cast<int32_t>(input.size()), &status);
+    EXPECT_FALSE(U_FAILURE(status)) << u_errorName(status);
+    return std::vector<uint16_t>(units.begin(), units.begin() + count);
+  }
+
+  std::string fromUnicode(uint16_t unit) {
+    char bytes[8];
+    UChar source = unit;
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t count = ucnv_fromUChars(converter, bytes, sizeof bytes, &source, 1, &status);
+    EXPECT_FALSE(U_FAILURE(status)) << u_errorName(status);
+    return std::string(bytes, static_cast<size_t>(count));
+  }
+
+  std::vector<bool> leadBytes() {
+    UBool starters[256];
+    UErrorCode status = U_ZERO_ERROR;
+    ucnv_getStarters(converter, starters, &status);
+    return std::vector<bool>(starters, starters + 256);
+  }
+
+ private:
+  UConverter* converter;
+};
+
+// The deliberate difference of the EBCDIC routines: next line is written as line feed.
+std::vector<uint16_t> withEbcdicLineFeed(std::vector<uint16_t> units, bool ebcdic) {
+  for (uint16_t& unit : units) {
+    if (ebcdic && unit == 0x85) unit = 0x0A;
+  }
+  return units;
+}
+
+TEST(CodePageTablesAgainstIcu, EverySingleByte) {
+  std::string all(256, '\0');
+  for (int b = 0; b < 256; ++b) all[b] = static_cast<char>(b);
+  for (uint32_t number : kSingleByteCcsids) {
+    SCOPED_TRACE(number);
+    IcuConverter icu(number);
+    ASSERT_TRUE(icu.isOpen());
+    TavClCodePage2UnicodeConverter converter(ccsid(number));
+    std::vector<uint16_t> expected = icu.toUnicode(all);
+    ASSERT_EQ(expected.size(), 256u);
+    std::vector<uint16_t> actual = toUnicode(converter, all);
+    bool ebcdic = ccsid(number).isEBCDIC();
+    // The only difference is byte 0x15 of the pages flagged EBCDIC.
+    EXPECT_EQ(expected[0x15] == 0x85 && ebcdic, expected != actual);
+    EXPECT_EQ(actual, withEbcdicLineFeed(expected, ebcdic));
+  }
+}
+
+TEST(CodePageTablesAgainstIcu, EveryUnitThroughTheReverseTables) {
+  std::string all;
+  for (uint32_t unit = 0; unit < 0x10000; ++unit) all += ucs2({static_cast<uint16_t>(unit)});
+  const uint32_t reverse[] = {500, 850};
+  for (uint32_t number : reverse) {
+    SCOPED_TRACE(number);
+    IcuConverter icu(number);
+    ASSERT_TRUE(icu.isOpen());
+    TavClUnicode2CodePageConverter converter(ccsid(number));
+    std::string actual(0x10000, '\0');
+    ASSERT_EQ(converter.convertBytes(&actual[0], actual.size(), all.data(), all.size()), 0x10000u);
+    const std::string substitute = icu.fromUnicode(0xFFFF);
+    size_t dropped = 0;
+    for (uint32_t unit = 0; unit < 0x10000; ++unit) {
+      std::string expected = icu.fromUnicode(static_cast<uint16_t>(unit));
+      // ICU drops the default ignorable code points it cannot map; a table gives every unit
+      // one byte, the substitute.
+      if (expected.empty()) {
+        expected = substitute;
+        ++dropped;
+      }
+      if (expected != actual.substr(unit, 1)) {
+        ADD_FAILURE() << "U+" << std::hex << unit;
+        break;
+      }
+    }
+    EXPECT_GT(dropped, 0u);
+    EXPECT_LT(dropped, 5000u);
+  }
+}
+
+// Every pair of every lead byte of the double-byte tables, between shift-out and shift-in for
+// EBCDIC, with a blank behind it otherwise, so that a trail byte ICU reads again is never a lead
+// byte at the end.
+TEST(CodePageTablesAgainstIcu, EveryDoubleByteCode) {
+  for (uint32_t number : kDoubleByteCcsids) {
+    SCOPED_TRACE(number);
+    IcuConverter icu(number);
+    ASSERT_TRUE(icu.isOpen());
+    TavClCodePage2UnicodeConverter converter(ccsid(number));
+    bool ebcdic = isEbcdicDoubleByte(number);
+    std::vector<bool> leads(256, false);
+    if (!ebcdic) leads = icu.leadBytes();
+    std::string singles;
+    for (int b = 0; b < 256; ++b) {
+      if (!leads[b] && !(ebcdic && (b == 0x0E || b == 0x0F))) singles += static_cast<char>(b);
+    }
+    EXPECT_EQ(toUnicode(converter, singles), withEbcdicLineFeed(icu.toUnicode(singles), ebcdic));
+    size_t codes = 0;
+    for (int lead = 0; lead < 256; ++lead) {
+      if (ebcdic ? (lead == 0x0E || lead == 0x0F) : !leads[lead]) continue;
+      if (number == 33722 && lead == 0x8F) continue;  // three-byte codes, below
+      for (int trail = 0; trail < 256; ++trail) {
+        if (number == 1392 && trail >= 0x30 && trail <= 0x39) continue;  // four-byte, below
+        std::string code{static_cast<char>(lead), static_cast<char>(trail)};
+        std::string input = ebcdic ? "\x0E" + code + "\x0F" : code + " ";
+        std::vector<uint16_t> expected = withEbcdicLineFeed(icu.toUnicode(input), ebcdic);
+        std::vector<uint16_t> actual = toUnicode(converter, input);
+        if (actual != expected || converter.getError().id != NO_ERROR) {
+          ADD_FAILURE() << std::hex << "code " << lead << " " << trail << ": "
+                        << testing::PrintToString(actual) << " against ICU's "
+                        << testing::PrintToString(expected) << ", error "
+                        << converter.getError().id;
+          return;
+        }
+        ++codes;
+      }
+    }
+    EXPECT_GT(codes, 10000u);
+  }
+}
+
+TEST(CodePageTablesAgainstIcu, EveryFourByteCodeOfGb18030) {
+  IcuConverter icu(1392);
+  ASSERT_TRUE(icu.isOpen());
+  TavClCodePage2UnicodeConverter converter(ccsid(1392));
+  for (int first = 0x81; first <= 0xFE; ++first) {
+    SCOPED_TRACE(first);
+    std::string codes;
+    for (int second = 0x30; second <= 0x39; ++second) {
+      for (int third = 0x81; third <= 0xFE; ++third) {
+        for (int fourth = 0x30; fourth <= 0x39; ++fourth) {
+          codes += {static_cast<char>(first), static_cast<char>(second), static_cast<char>(third),
+                    static_cast<char>(fourth)};
+        }
+      }
+    }
+    ASSERT_EQ(toUnicode(converter, codes), icu.toUnicode(codes));
+  }
+  // Ill-formed four-byte codes give the substitute for the lead byte and are read again.
+  const char* const illFormed[] = {"\x81\x30\x20\x30", "\x81\x30\x81\x20 ", "\x81\x30\x81 ",
+                                   "\x81\x30 ",        "\xFE\x39\xFE\x39",  "\x84\x31\xA5\x30"};
+  for (const char* text : illFormed) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(toUnicode(converter, text), icu.toUnicode(text));
+  }
+}
+
+TEST(CodePageTablesAgainstIcu, EveryThreeByteCodeOfEucJp) {
+  IcuConverter icu(33722);
+  ASSERT_TRUE(icu.isOpen());
+  TavClCodePage2UnicodeConverter converter(ccsid(33722));
+  for (int second = 0; second < 256; ++second) {
+    for (int third = 0; third < 256; ++third) {
+      std::string input{'\x8F', static_cast<char>(second), static_cast<char>(third), ' ', ' '};
+      std::vector<uint16_t> actual = toUnicode(converter, input);
+      std::vector<uint16_t> expected = icu.toUnicode(input);
+      if (actual != expected) {
+        ADD_FAILURE() << std::hex << "code 8F " << second << " " << third << ": "
+                      << testing::PrintToString(actual) << " against ICU's "
+                      << testing::PrintToString(expected);
+        return;
+      }
+    }
+  }
+}
+
+#endif  // TAV_TEST_HAVE_ICU
+
+}  // namespace
