@@ -53,8 +53,13 @@ uint16_t loadBigEndian(const uint8_t* stored) {
 #endif
 }
 
-// Single bytes into UCS-2, four at a time where there are four; lineFeedForNextLine writes
-// U+0085 as U+000A. Next line is rare in text, so it is mended after the four are read.
+// Inputs this long pay for turning the table into host order first.
+constexpr size_t kHostOrderTableThreshold = 1024;
+
+// Single bytes into UCS-2; lineFeedForNextLine writes U+0085 as U+000A. A long input first gets
+// a copy of the table in host order with next line already mended, so that each byte is one
+// load and eight bytes make one store. A short one is read four at a time from the big-endian
+// table; next line is rare in text, so it is mended after the four are read.
 template <bool lineFeedForNextLine>
 size_t convertSingleBytes(Conversion& conversion) {
   const auto* table =
@@ -65,6 +70,18 @@ size_t convertSingleBytes(Conversion& conversion) {
   char* out = conversion.output;
   const uint8_t* values = table->ucs2;
   size_t i = 0;
+  if (count >= kHostOrderTableThreshold) {
+    uint16_t hostOrder[256];
+    for (size_t byte = 0; byte < 256; ++byte) {
+      const uint16_t unit = loadBigEndian(values + 2 * byte);
+      hostOrder[byte] = lineFeedForNextLine && unit == kNextLine ? kLineFeed : unit;
+    }
+    for (; i + 8 <= count; i += 8) {
+      uint16_t units[8];
+      for (size_t k = 0; k < 8; ++k) units[k] = hostOrder[in[i + k]];
+      std::memcpy(out + 2 * i, units, sizeof units);
+    }
+  }
   for (; i + 4 <= count; i += 4) {
     uint16_t units[4];
     for (size_t k = 0; k < 4; ++k) {

@@ -73,6 +73,28 @@ TEST(CodePageTables, EveryTableCcsidChoosesItsTable) {
   }
 }
 
+// A long input takes the host-order copy of the table; it must give what byte-by-byte
+// conversions of the same bytes give, every next line mended, whatever the text's length.
+TEST(CodePageTables, LongInputsConvertAsShortOnes) {
+  std::string bytes;
+  for (int round = 0; round < 5; ++round) {
+    for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>((byte * 7 + round) & 0xFF);
+  }
+  bytes += "tail";
+  for (uint32_t number : kSingleByteCcsids) {
+    SCOPED_TRACE(number);
+    TavClCodePage2UnicodeConverter converter(ccsid(number));
+    std::string whole(bytes.size() * 2, '\0');
+    ASSERT_EQ(converter.convertBytes(&whole[0], whole.size(), bytes.data(), bytes.size()),
+              whole.size());
+    for (size_t i = 0; i < bytes.size(); ++i) {
+      char unit[2];
+      ASSERT_EQ(converter.convertBytes(unit, 2, bytes.data() + i, 1), 2u);
+      ASSERT_EQ(std::memcmp(unit, whole.data() + 2 * i, 2), 0) << "byte " << i;
+    }
+  }
+}
+
 // One conversion at an edge: the input, the output size, and what must come of it.
 struct EdgeCase {
   const char* name;
