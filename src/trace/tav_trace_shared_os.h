@@ -7,10 +7,12 @@
 // has it open: a program killed in the middle of tracing leaves its records in the file.
 //
 // The file starts with kLockAreaSize bytes for the lock; the ring's memory follows. On POSIX the
-// lock is a robust, process-shared mutex kept in that area; on Windows it is a named mutex and
-// the area stays unused. Either way a holder that dies leaves the lock to the next taker, who is
-// told so (wasRecovered) and may then find a record half written beyond the write position.
-// Every handle is closed on exec, so that child processes inherit none.
+// lock is a robust, process-shared mutex kept in the first kJournalOffset bytes of that area; on
+// Windows it is a named mutex and those bytes stay unused. The rest of the area, the journal, is
+// for the lock's holders to note what they are doing, for whoever takes the lock after them. Either
+// way a holder that dies leaves the lock to the next taker, who is told so (wasRecovered) and may
+// then find a record half written beyond the write position. Every handle is closed on exec, so
+// that child processes inherit none.
 
 #ifndef TAV_TRACE_SHARED_OS_H
 #define TAV_TRACE_SHARED_OS_H
@@ -25,6 +27,7 @@ namespace tav::trace {
 class TAV_INTERNAL_API SharedRingMapping {
  public:
   static constexpr uint64_t kLockAreaSize = 128;
+  static constexpr uint64_t kJournalOffset = 64;
 
   enum class Status {
     kOk,
@@ -48,6 +51,8 @@ class TAV_INTERNAL_API SharedRingMapping {
   // The ring's memory behind the lock area, and its size; null and 0 when nothing is open.
   uint8_t* getRingMemory() const { return mapping == nullptr ? nullptr : mapping + kLockAreaSize; }
   uint64_t getRingSize() const { return mapping == nullptr ? 0 : mappingSize - kLockAreaSize; }
+  // The journal's kLockAreaSize - kJournalOffset bytes; null when nothing is open.
+  uint8_t* getJournal() const { return mapping == nullptr ? nullptr : mapping + kJournalOffset; }
   // The operating system's error number of the last failure (errno, or GetLastError).
   uint32_t getErrorNumber() const { return errorNumber; }
 

@@ -30,7 +30,8 @@ struct LockArea {
   uint32_t reserved;
   pthread_mutex_t mutex;
 };
-static_assert(sizeof(LockArea) <= SharedRingMapping::kLockAreaSize, "the lock fits its area");
+static_assert(sizeof(LockArea) <= SharedRingMapping::kJournalOffset,
+              "the lock ends before the journal");
 
 LockArea& lockArea(uint8_t* mapping) { return *reinterpret_cast<LockArea*>(mapping); }
 

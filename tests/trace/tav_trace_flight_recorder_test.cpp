@@ -1,0 +1,269 @@
+// The trace ring in shared memory and the flight recorder: programs started as children trace
+// numbered records into a shared ring, one of them killed at a random point, and the trace
+// controller's dump action saves what the ring still holds. Also: two processes tracing into
+// one ring, a second dump adding nothing, and mappings that are not a ring refused.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "../../src/trace/tav_trace_shared_os.h"
+#include "tav_console.h"
+#include "tav_file.h"
+#include "tav_filename.h"
+#include "tav_test_self_child.h"
+#include "tav_trace.h"
+#include "tav_trace_controller.h"
+#include "tav_trace_test_support.h"
+
+namespace {
+
+using tav::test::ScopedTraceVariables;
+using tav::trace::SharedRingMapping;
+using testing::HasSubstr;
+
+constexpr char kKey[] = "tavflight";
+constexpr char kUpperKey[] = "TAVFLIGHT";
+constexpr char kRoleVariable[] = "TAV_TRACE_TEST_TRACER";
+constexpr uint16_t kComponent = 7;
+
+// What a tracing child does after its last record.
+enum class Then : char { kExit = 'x', kWait = 'w' };
+
+// The role's text: "<progress file>|<tag><then>|<records, 0 for no end>".
+std::string tracerRole(const std::string& progressFile, char tag, uint32_t records, Then then) {
+  return progressFile + "|" + tag + static_cast<char>(then) + "|" + std::to_string(records);
+}
+
+// The progress file: the number of the last record whose trace call returned, and the signal
+// that lets the children start.
+struct Progress {
+  std::atomic<uint64_t> done;
+  std::atomic<uint64_t> go;
+};
+
+std::string lockNameOf(const std::string& path) {
+  return tav::trace::sharedRingLockName(path.substr(path.find_last_of("/\\") + 1).c_str());
+}
+
+// The child's role: once the parent says go, traces records numbered from 1 under the key, each
+// a UINT32 with the tag as its message, and stores the number of every record whose trace call
+// has returned in the progress file. After the last record it ends with exit code 0, flushing
+// the ring as a program does, or waits to be killed without flushing.
+const bool tracesAsChild = [] {
+  const char* role = std::getenv(kRoleVariable);
+  if (role == nullptr) return false;
+  const std::string text = role;
+  const size_t firstBar = text.find('|');
+  const std::string progressFile = text.substr(0, firstBar);
+  const char tag[2] = {text[firstBar + 1], '\0'};
+  const Then then = static_cast<Then>(text[firstBar + 2]);
+  const auto records =
+      static_cast<uint32_t>(std::strtoul(text.c_str() + firstBar + 4, nullptr, 10));
+  SharedRingMapping progress;
+  if (progress.attach(progressFile.c_str(), lockNameOf(progressFile).c_str()) !=
+      SharedRingMapping::Status::kOk) {
+    std::_Exit(3);
+  }
+  auto& shared = *reinterpret_cast<Progress*>(progress.getRingMemory());
+  tavTraceCreateInstance(kKey, nullptr);
+  if (!TAV_TRACE_IS_ENABLED()) std::_Exit(4);
+  while (shared.go.load(std::memory_order_acquire) == 0) std::this_thread::yield();
+  for (uint32_t number = 1; records == 0 || number <= records; ++number) {
+    tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", tag, &number,
+                 sizeof number);
+    shared.done.store(number, std::memory_order_release);
+  }
+  while (then == Then::kWait) std::this_thread::sleep_for(std::chrono::seconds(1));
+  tavTraceDeleteInstance();
+  std::_Exit(0);
+}();
+
+struct ToolRun {
+  int code;
+  std::string err;
+};
+
+// Runs "tavtrace -key tavflight" with the arguments in this process.
+ToolRun runTool(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), {"prog", "-key", kKey});
+  std::vector<const char*> argv;
+  for (const std::string& argument : arguments) argv.push_back(argument.c_str());
+  std::unique_ptr<FILE, int (*)(FILE*)> output(std::tmpfile(), std::fclose);
+  std::unique_ptr<FILE, int (*)(FILE*)> error(std::tmpfile(), std::fclose);
+  TavClConsoleUI console(static_cast<int>(argv.size()), argv.data());
+  console.getParams().redirectStreams(output.get(), error.get());
+  const int code = TavClTraceController(console).run();
+  TavClTraceInstance::deleteInstance();
+  std::fflush(error.get());
+  std::string text(static_cast<size_t>(std::ftell(error.get())), '\0');
+  std::rewind(error.get());
+  text.resize(std::fread(&text[0], 1, text.size(), error.get()));
+  return {code, text};
+}
+
+class FlightRecorder : public testing::Test {
+ protected:
+  void SetUp() override {
+    TavClConsoleUI::useBuiltInStringTable(true);
+    ringFile = tav::trace::sharedRingFileName(
+        tavGetTmpDirectory(),
+        TavClResourceKeySemaphore(kKey, TavClTraceEnvironmentABase::kDefaultInstance).getKey());
+    SharedRingMapping::removeFile(ringFile.c_str());
+    variables.set("_TRACE_ACTIVE", "on");
+    variables.set("_TRACE_SHARED", "on");
+    variables.set("_TRACE_BUFSIZE", "4");  // a small ring, handed out to the file many times
+    variables.set("_TRACE_FILE", traceFile.c_str());
+    ASSERT_EQ(progress.create(progressFile.c_str(), lockNameOf(progressFile).c_str(), 64),
+              SharedRingMapping::Status::kOk);
+  }
+  void TearDown() override {
+    TavClConsoleUI::useBuiltInStringTable(false);
+    SharedRingMapping::removeFile(ringFile.c_str());
+    std::remove(traceFile.c_str());
+  }
+
+  Progress& shared() const { return *reinterpret_cast<Progress*>(progress.getRingMemory()); }
+  uint64_t recordsDone() const { return shared().done.load(std::memory_order_acquire); }
+  void letChildrenGo() const { shared().go.store(1, std::memory_order_release); }
+
+  // Waits until the children have traced records between them.
+  bool waitForRecords(uint64_t records) const {
+    for (int waited = 0; recordsDone() < records && waited < 30000; waited += 1) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return recordsDone() >= records;
+  }
+
+  // The numbers of the tag's records in the trace file, in file order; checks that the file
+  // holds whole records only up to *wholeUntil bytes.
+  std::vector<uint32_t> numbersIn(char tag, bool* endsOnRecord) const {
+    tav::test::TestTraceEnvironment environment(true, 4096 - 48);
+    std::vector<uint32_t> numbers;
+    for (const tav::test::RecordRead& record :
+         tav::test::readRecords(environment, tav::test::readFileBytes(traceFile), endsOnRecord)) {
+      if (record.message != std::string(1, tag)) continue;
+      EXPECT_EQ(record.type, TAV_TRACE_TYPE_UINT32);
+      EXPECT_EQ(record.componentId, kComponent);
+      EXPECT_EQ(record.origin, "child");
+      uint32_t number = 0;
+      if (record.data.size() == sizeof number) std::memcpy(&number, record.data.data(), 4);
+      numbers.push_back(number);
+    }
+    return numbers;
+  }
+
+  ScopedTraceVariables variables{kUpperKey};
+  std::string ringFile;
+  const std::string traceFile = tav::test::scratchFileName("flight");
+  const std::string progressFile = tav::test::scratchFileName("flight-progress");
+  SharedRingMapping progress;
+};
+
+// Numbers 1, 2, 3, ... without a gap, as one process traces them.
+void expectCountingFromOne(const std::vector<uint32_t>& numbers) {
+  for (size_t i = 0; i < numbers.size(); ++i) {
+    ASSERT_EQ(numbers[i], i + 1) << "record " << i << " of " << numbers.size();
+  }
+}
+
+TEST_F(FlightRecorder, AProgramKilledWhileTracingLosesNoFinishedRecord) {
+  std::mt19937 random{std::random_device{}()};
+  const uint64_t killAfter = std::uniform_int_distribution<uint64_t>(50, 5000)(random);
+  SCOPED_TRACE("killed after record " + std::to_string(killAfter));
+  const uint32_t child = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'k', 0, Then::kWait).c_str());
+  ASSERT_NE(child, 0u);
+  letChildrenGo();
+  waitForRecords(killAfter);
+  ASSERT_TRUE(tav::test::killChild(child));
+  const uint64_t done = recordsDone();
+  ASSERT_GE(done, killAfter) << "the child did not trace in time";
+
+  const ToolRun dump = runTool({"-dump"});
+  EXPECT_EQ(dump.code, 0) << dump.err;
+  bool endsOnRecord = false;
+  const std::vector<uint32_t> numbers = numbersIn('k', &endsOnRecord);
+  // The record under way when the child died may be there as well, or a part of it.
+  EXPECT_GE(numbers.size(), done);
+  EXPECT_LE(numbers.size(), done + 1);
+  expectCountingFromOne(numbers);
+
+  // What is saved is saved once.
+  const std::string saved = tav::test::readFileBytes(traceFile);
+  EXPECT_EQ(runTool({"-dump"}).code, 0);
+  EXPECT_EQ(tav::test::readFileBytes(traceFile), saved);
+}
+
+TEST_F(FlightRecorder, TwoProcessesTraceIntoOneRing) {
+  constexpr uint32_t kRecords = 3000;
+  const uint32_t first = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'a', kRecords, Then::kExit).c_str());
+  const uint32_t second = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'b', kRecords, Then::kExit).c_str());
+  ASSERT_NE(first, 0u);
+  ASSERT_NE(second, 0u);
+  // Both are ready before either starts, so that their records meet in the ring.
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  letChildrenGo();
+  int exitCode = -1;
+  ASSERT_TRUE(tav::test::waitForChildExit(first, 60000, &exitCode));
+  EXPECT_EQ(exitCode, 0);
+  ASSERT_TRUE(tav::test::waitForChildExit(second, 60000, &exitCode));
+  EXPECT_EQ(exitCode, 0);
+
+  // Both wrote their last records out when they ended: the dump finds nothing left.
+  const std::string written = tav::test::readFileBytes(traceFile);
+  EXPECT_EQ(runTool({"-dump"}).code, 0);
+  EXPECT_EQ(tav::test::readFileBytes(traceFile), written);
+  for (const char tag : {'a', 'b'}) {
+    SCOPED_TRACE(std::string("tag ") + tag);
+    bool endsOnRecord = false;
+    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
+    EXPECT_TRUE(endsOnRecord);
+    EXPECT_EQ(numbers.size(), kRecords);
+    expectCountingFromOne(numbers);
+  }
+}
+
+TEST_F(FlightRecorder, RecordsOfProcessesThatDiedBeforeAnyHandOutAreAllSaved) {
+  // Fewer records than the ring holds: neither child ever wrote to the trace file.
+  constexpr uint32_t kRecords = 40;
+  const uint32_t first = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'c', kRecords, Then::kWait).c_str());
+  ASSERT_NE(first, 0u);
+  letChildrenGo();
+  ASSERT_TRUE(waitForRecords(kRecords));
+  const uint32_t second = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'd', kRecords * 2, Then::kWait).c_str());
+  ASSERT_NE(second, 0u);
+  ASSERT_TRUE(waitForRecords(kRecords * 2));
+  ASSERT_TRUE(tav::test::killChild(first));
+  ASSERT_TRUE(tav::test::killChild(second));
+  EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
+
+  const ToolRun dump = runTool({"-dump"});
+  EXPECT_EQ(dump.code, 0) << dump.err;
+  for (const auto& [tag, records] :
+       {std::pair<char, uint32_t>{'c', kRecords}, {'d', kRecords * 2}}) {
+    SCOPED_TRACE(std::string("tag ") + tag);
+    bool endsOnRecord = false;
+    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
+    EXPECT_TRUE(endsOnRecord);
+    EXPECT_EQ(numbers.size(), records);
+    expectCountingFromOne(numbers);
+  }
+}
+
+}  // namespace
