@@ -206,8 +206,10 @@ class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
   const char* getSharedRingProblem() const {
     return sharedRingProblem.empty() ? nullptr : sharedRingProblem.c_str();
   }
-  // The shared ring's file while the environment has it mapped, or null.
-  const char* getSharedRingFileName() const;
+  // The shared ring's file when MYAPP_TRACE_SHARED is on, used or not; otherwise null.
+  const char* getSharedRingFileName() const {
+    return sharedRingFileName.empty() ? nullptr : sharedRingFileName.c_str();
+  }
   // The flight recorder: appends the records of the shared ring that no hand-out has yet passed
   // on to the trace file, under the ring's lock, so that no record is appended twice. Nothing
   // without a shared ring.
@@ -253,6 +255,7 @@ class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
   uint8_t* bufferMemory = nullptr;
   tav::trace::SharedTraceRing* sharedRing = nullptr;
   std::string sharedRingProblem;
+  std::string sharedRingFileName;
   bool active = false;
   bool sharedMemoryRequested = false;
   bool sharedMemory = false;

@@ -110,6 +110,7 @@ bool TavClTraceEnvironment::useSharedRing() {
   sharedRing = new (ringMemory) tav::trace::SharedTraceRing(tavGetTmpDirectory(), getKey());
   const bool mapped = controller ? sharedRing->attach() : sharedRing->open(bufferSize);
   sharedRingProblem = sharedRing->getProblem();
+  sharedRingFileName = sharedRing->getFileName();
   if (mapped) {
     void* managerMemory = tavMalloc(sizeof(TavClTraceBufferManager));
     bufferManager = new (managerMemory) TavClTraceBufferManager(
@@ -160,10 +161,6 @@ void TavClTraceEnvironment::release() {
   bufferMemory = nullptr;
   delete settings;
   settings = nullptr;
-}
-
-const char* TavClTraceEnvironment::getSharedRingFileName() const {
-  return sharedRing != nullptr ? sharedRing->getFileName() : nullptr;
 }
 
 void TavClTraceEnvironment::saveSharedRing() {

@@ -22,6 +22,7 @@
 #include "tav_console.h"
 #include "tav_file.h"
 #include "tav_filename.h"
+#include "tav_report_capture.h"
 #include "tav_test_self_child.h"
 #include "tav_trace.h"
 #include "tav_trace_controller.h"
@@ -92,8 +93,16 @@ const bool tracesAsChild = [] {
 
 struct ToolRun {
   int code;
-  std::string err;
+  std::string out, err;
 };
+
+std::string readBack(FILE* file) {
+  std::fflush(file);
+  std::string text(static_cast<size_t>(std::ftell(file)), '\0');
+  std::rewind(file);
+  text.resize(std::fread(&text[0], 1, text.size(), file));
+  return text;
+}
 
 // Runs "tavtrace -key tavflight" with the arguments in this process.
 ToolRun runTool(std::vector<std::string> arguments) {
@@ -106,11 +115,7 @@ ToolRun runTool(std::vector<std::string> arguments) {
   console.getParams().redirectStreams(output.get(), error.get());
   const int code = TavClTraceController(console).run();
   TavClTraceInstance::deleteInstance();
-  std::fflush(error.get());
-  std::string text(static_cast<size_t>(std::ftell(error.get())), '\0');
-  std::rewind(error.get());
-  text.resize(std::fread(&text[0], 1, text.size(), error.get()));
-  return {code, text};
+  return {code, readBack(output.get()), readBack(error.get())};
 }
 
 class FlightRecorder : public testing::Test {
@@ -264,6 +269,111 @@ TEST_F(FlightRecorder, RecordsOfProcessesThatDiedBeforeAnyHandOutAreAllSaved) {
     EXPECT_EQ(numbers.size(), records);
     expectCountingFromOne(numbers);
   }
+}
+
+TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
+  // Five records wait in the ring, and a writer died handing them out after writing a part of
+  // them to the file, as its journal entry tells: the mark and the file size before.
+  {
+    TavClTraceEnvironment program(kKey, nullptr, false);
+    for (uint32_t number = 1; number <= 5; ++number) {
+      program.add(TavClTraceEntry(program, TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32,
+                                  "child", "j", &number, sizeof number));
+    }
+    SharedRingMapping ring;
+    ASSERT_EQ(ring.attach(ringFile.c_str(), lockNameOf(ringFile).c_str()),
+              SharedRingMapping::Status::kOk);
+    const auto& control = *reinterpret_cast<const _TavStTraceBufferControl*>(ring.getRingMemory());
+    const uint64_t journal[2] = {control.handOutMark, 0};
+    std::memcpy(ring.getJournal(), journal, sizeof journal);
+    FILE* file = std::fopen(traceFile.c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    std::fwrite(ring.getRingMemory() + control.handOutMark, 1, 30, file);
+    std::fclose(file);
+  }  // the program's final flush is the next hand-out, and finds the journal
+  EXPECT_EQ(runTool({"-dump"}).code, 0);
+  bool endsOnRecord = false;
+  const std::vector<uint32_t> numbers = numbersIn('j', &endsOnRecord);
+  EXPECT_TRUE(endsOnRecord);
+  EXPECT_EQ(numbers.size(), 5u);
+  expectCountingFromOne(numbers);
+}
+
+TEST_F(FlightRecorder, TheSharedRingShowsInTheVerboseReportAndTheStatus) {
+  variables.set("_TRACE_VERBOSE", "on");
+  tav::test::ReportCapture capture;
+  {
+    TavClTraceEnvironment program(kKey, nullptr, false);
+    EXPECT_TRUE(program.usesSharedMemory());
+    EXPECT_EQ(program.getSharedRingProblem(), nullptr);
+    EXPECT_STREQ(program.getSharedRingFileName(), ringFile.c_str());
+  }
+  EXPECT_THAT(capture.take(), HasSubstr("[TAV: TRACE: sharedMemory: on]\n"));
+  variables.set("_TRACE_VERBOSE", nullptr);
+  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: YES"));
+
+  // Without the variable the same ring file is left alone.
+  variables.set("_TRACE_SHARED", nullptr);
+  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: NO"));
+  TavClTraceEnvironment program(kKey, nullptr, false);
+  EXPECT_FALSE(program.usesSharedMemory());
+  EXPECT_EQ(program.getSharedRingFileName(), nullptr);
+}
+
+TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
+  struct Row {
+    const char* name;
+    size_t offset;  // of the 8 bytes overwritten in the control block
+    uint64_t value;
+    TavEnTraceRingCheck check;
+  } const rows[] = {
+      {"magic", 0, 0x5858585858585858u, TAV_TRACE_RING_NO_MAGIC},
+      {"capacity", 8, 1u << 20, TAV_TRACE_RING_BAD_CAPACITY},
+      {"first data byte", 16, 0, TAV_TRACE_RING_BAD_BOUNDS},
+      {"hand-out mark", 32, 4096, TAV_TRACE_RING_BAD_HAND_OUT_MARK},
+      {"write position", 40, 7, TAV_TRACE_RING_BAD_WRITE_POSITION},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    SharedRingMapping::removeFile(ringFile.c_str());
+    TavClTraceEnvironment(kKey, nullptr, false);  // makes a valid, empty ring
+    SharedRingMapping ring;
+    ASSERT_EQ(ring.attach(ringFile.c_str(), lockNameOf(ringFile).c_str()),
+              SharedRingMapping::Status::kOk);
+    std::memcpy(ring.getRingMemory() + row.offset, &row.value, sizeof row.value);
+    const std::string before(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize());
+
+    const ToolRun dump = runTool({"-dump"});
+    EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
+    EXPECT_THAT(dump.err, HasSubstr(std::string("Shared trace buffer refused: ") +
+                                    TavClTraceBufferManager::describeRingCheck(row.check) + " (" +
+                                    ringFile + ")"));
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize()),
+              before);
+    EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
+
+    // A program that traces starts the ring afresh instead.
+    TavClTraceEnvironment program(kKey, nullptr, false);
+    EXPECT_TRUE(program.usesSharedMemory());
+    EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.getRingMemory(), ring.getRingSize()),
+              TAV_TRACE_RING_VALID);
+  }
+
+  // A file with no room for a ring behind the lock area.
+  SharedRingMapping::removeFile(ringFile.c_str());
+  FILE* file = std::fopen(ringFile.c_str(), "wb");
+  ASSERT_NE(file, nullptr);
+  const std::string lockArea(SharedRingMapping::kLockAreaSize, '\0');
+  std::fwrite(lockArea.data(), 1, lockArea.size(), file);
+  std::fclose(file);
+  const ToolRun dump = runTool({"-dump"});
+  EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
+  EXPECT_THAT(dump.err, HasSubstr("the memory is too small for a trace ring"));
+}
+
+TEST_F(FlightRecorder, WithoutARingFileTheDumpSavesNothing) {
+  EXPECT_EQ(runTool({"-dump"}).code, TavClTraceController::kExitUnknownKey);
+  EXPECT_FALSE(TavClFile(ringFile.c_str()).isExistent());
 }
 
 }  // namespace
