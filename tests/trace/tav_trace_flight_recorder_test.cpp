@@ -80,13 +80,21 @@ const bool tracesAsChild = [] {
   auto& shared = *reinterpret_cast<Progress*>(progress.getRingMemory());
   tavTraceCreateInstance(kKey, nullptr);
   if (!TAV_TRACE_IS_ENABLED()) std::_Exit(4);
-  while (shared.go.load(std::memory_order_acquire) == 0) std::this_thread::yield();
+  // A child whose parent gave up on it ends by itself after a minute.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  const auto late = [deadline] { return std::chrono::steady_clock::now() > deadline; };
+  while (shared.go.load(std::memory_order_acquire) == 0) {
+    if (late()) std::_Exit(5);
+    std::this_thread::yield();
+  }
   for (uint32_t number = 1; records == 0 || number <= records; ++number) {
+    if (records == 0 && number % 1024 == 0 && late()) std::_Exit(5);
     tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", tag, &number,
                  sizeof number);
     shared.done.store(number, std::memory_order_release);
   }
-  while (then == Then::kWait) std::this_thread::sleep_for(std::chrono::seconds(1));
+  while (then == Then::kWait && !late())
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
   tavTraceDeleteInstance();
   std::_Exit(0);
 }();
