@@ -13,6 +13,7 @@ namespace {
 struct HandOutJournal {
   uint64_t markOffset;
   uint64_t fileSizeBefore;
+  uint64_t fileNameHash;  // processes sharing a ring may name different trace files
 };
 static_assert(sizeof(HandOutJournal) <=
                   SharedRingMapping::kLockAreaSize - SharedRingMapping::kJournalOffset,
@@ -27,6 +28,13 @@ void cutBack(const char* fileName, uint64_t size) {
     tav::os::truncateFile(file, size);
   }
   tav::os::closeFile(file);
+}
+
+// FNV-1a of the name: tells two trace files apart without keeping their names.
+uint64_t hashOf(const char* text) {
+  uint64_t hash = 14695981039346656037u;
+  for (; *text != '\0'; ++text) hash = (hash ^ static_cast<unsigned char>(*text)) * 1099511628211u;
+  return hash;
 }
 
 }  // namespace
@@ -67,11 +75,15 @@ void SharedTraceRing::append(const _TavStTraceHandOut& handOut) {
   auto& journal = *reinterpret_cast<HandOutJournal*>(mapping.getJournal());
   const char* fileName = writerEnvironment->getTraceFileName();
   const auto markOffset = static_cast<uint64_t>(handOut.firstPiece - getMemory());
+  const uint64_t fileNameHash = hashOf(fileName);
   // The last hand-out started where this one does: its writer died before the ring moved its
-  // mark, and what it wrote of these records goes.
-  if (journal.markOffset == markOffset) cutBack(fileName, journal.fileSizeBefore);
+  // mark, and what it wrote of these records to this file goes.
+  if (journal.markOffset == markOffset && journal.fileNameHash == fileNameHash) {
+    cutBack(fileName, journal.fileSizeBefore);
+  }
   uint64_t size = 0;
   journal.fileSizeBefore = tav::os::fileSize(fileName, &size).ok() ? size : 0;
+  journal.fileNameHash = fileNameHash;
   journal.markOffset = markOffset;
   fileWriter->append(handOut.firstPiece, handOut.firstLength, handOut.secondPiece,
                      handOut.secondLength);

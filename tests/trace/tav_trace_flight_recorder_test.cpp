@@ -292,7 +292,11 @@ TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
     ASSERT_EQ(ring.attach(ringFile.c_str(), lockNameOf(ringFile).c_str()),
               SharedRingMapping::Status::kOk);
     const auto& control = *reinterpret_cast<const _TavStTraceBufferControl*>(ring.getRingMemory());
-    const uint64_t journal[2] = {control.handOutMark, 0};
+    // The journal's layout in the ring file: mark, file size before, FNV-1a of the file name.
+    uint64_t nameHash = 14695981039346656037u;
+    for (const char c : traceFile)
+      nameHash = (nameHash ^ static_cast<unsigned char>(c)) * 1099511628211u;
+    const uint64_t journal[3] = {control.handOutMark, 0, nameHash};
     std::memcpy(ring.getJournal(), journal, sizeof journal);
     FILE* file = std::fopen(traceFile.c_str(), "wb");
     ASSERT_NE(file, nullptr);

@@ -222,9 +222,6 @@ int TavClTraceController::createTraceFile() {
 // The flight recorder: a program that traces into a shared ring may have died with records in
 // it; they go to its trace file now, and only once however often the dump runs.
 int TavClTraceController::saveSharedRing() {
-  if (!environment->usesSharedMemory() && environment->getSharedRingProblem() == nullptr) {
-    return kExitOk;
-  }
   if (const char* problem = environment->getSharedRingProblem()) {
     console.writeHeaderLine(error, TAV_CONSOLE_TEXT_FATAL_HEADER);
     const std::string reason =
@@ -232,7 +229,7 @@ int TavClTraceController::saveSharedRing() {
     console.writeMessageLine(error, kSharedRingRefused, reason.c_str());
     return kExitSharedRingRefused;
   }
-  // Saving makes the trace file when the program never wrote it.
+  // Saving makes the trace file when the program never wrote it; without a ring it does nothing.
   environment->saveSharedRing();
   return kExitOk;
 }
