@@ -22,6 +22,7 @@
 #include "tav_console.h"
 #include "tav_file.h"
 #include "tav_filename.h"
+#include "tav_process.h"
 #include "tav_report_capture.h"
 #include "tav_test_self_child.h"
 #include "tav_trace.h"
@@ -34,17 +35,20 @@ using tav::test::ScopedTraceVariables;
 using tav::trace::SharedRingMapping;
 using testing::HasSubstr;
 
-constexpr char kKey[] = "tavflight";
-constexpr char kUpperKey[] = "TAVFLIGHT";
+// The trace key, its own to each run of the test program so that runs at the same time use
+// rings of their own; children are told the parent's.
+const std::string kKeyStem = "tavflight";
+std::string traceKey = kKeyStem + std::to_string(TavClProcessProperty().getId());
 constexpr char kRoleVariable[] = "TAV_TRACE_TEST_TRACER";
 constexpr uint16_t kComponent = 7;
 
 // What a tracing child does after its last record.
 enum class Then : char { kExit = 'x', kWait = 'w' };
 
-// The role's text: "<progress file>|<tag><then>|<records, 0 for no end>".
+// The role's text: "<key>|<progress file>|<tag><then>|<records, 0 for no end>".
 std::string tracerRole(const std::string& progressFile, char tag, uint32_t records, Then then) {
-  return progressFile + "|" + tag + static_cast<char>(then) + "|" + std::to_string(records);
+  return traceKey + "|" + progressFile + "|" + tag + static_cast<char>(then) + "|" +
+         std::to_string(records);
 }
 
 // The progress file: the number of the last record whose trace call returned, and the signal
@@ -66,8 +70,10 @@ const bool tracesAsChild = [] {
   const char* role = std::getenv(kRoleVariable);
   if (role == nullptr) return false;
   const std::string text = role;
-  const size_t firstBar = text.find('|');
-  const std::string progressFile = text.substr(0, firstBar);
+  const size_t keyBar = text.find('|');
+  traceKey = text.substr(0, keyBar);
+  const size_t firstBar = text.find('|', keyBar + 1);
+  const std::string progressFile = text.substr(keyBar + 1, firstBar - keyBar - 1);
   const char tag[2] = {text[firstBar + 1], '\0'};
   const Then then = static_cast<Then>(text[firstBar + 2]);
   const auto records =
@@ -78,7 +84,7 @@ const bool tracesAsChild = [] {
     std::_Exit(3);
   }
   auto& shared = *reinterpret_cast<Progress*>(progress.getRingMemory());
-  tavTraceCreateInstance(kKey, nullptr);
+  tavTraceCreateInstance(traceKey.c_str(), nullptr);
   if (!TAV_TRACE_IS_ENABLED()) std::_Exit(4);
   // A child whose parent gave up on it ends by itself after a minute.
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
@@ -114,7 +120,7 @@ std::string readBack(FILE* file) {
 
 // Runs "tavtrace -key tavflight" with the arguments in this process.
 ToolRun runTool(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), {"prog", "-key", kKey});
+  arguments.insert(arguments.begin(), {"prog", "-key", traceKey});
   std::vector<const char*> argv;
   for (const std::string& argument : arguments) argv.push_back(argument.c_str());
   std::unique_ptr<FILE, int (*)(FILE*)> output(std::tmpfile(), std::fclose);
@@ -132,7 +138,8 @@ class FlightRecorder : public testing::Test {
     TavClConsoleUI::useBuiltInStringTable(true);
     ringFile = tav::trace::sharedRingFileName(
         tavGetTmpDirectory(),
-        TavClResourceKeySemaphore(kKey, TavClTraceEnvironmentABase::kDefaultInstance).getKey());
+        TavClResourceKeySemaphore(traceKey.c_str(), TavClTraceEnvironmentABase::kDefaultInstance)
+            .getKey());
     SharedRingMapping::removeFile(ringFile.c_str());
     variables.set("_TRACE_ACTIVE", "on");
     variables.set("_TRACE_SHARED", "on");
@@ -177,7 +184,7 @@ class FlightRecorder : public testing::Test {
     return numbers;
   }
 
-  ScopedTraceVariables variables{kUpperKey};
+  ScopedTraceVariables variables{"TAVFLIGHT" + traceKey.substr(kKeyStem.size())};
   std::string ringFile;
   const std::string traceFile = tav::test::scratchFileName("flight");
   const std::string progressFile = tav::test::scratchFileName("flight-progress");
@@ -283,7 +290,7 @@ TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
   // Five records wait in the ring, and a writer died handing them out after writing a part of
   // them to the file, as its journal entry tells: the mark and the file size before.
   {
-    TavClTraceEnvironment program(kKey, nullptr, false);
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
     for (uint32_t number = 1; number <= 5; ++number) {
       program.add(TavClTraceEntry(program, TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32,
                                   "child", "j", &number, sizeof number));
@@ -315,7 +322,7 @@ TEST_F(FlightRecorder, TheSharedRingShowsInTheVerboseReportAndTheStatus) {
   variables.set("_TRACE_VERBOSE", "on");
   tav::test::ReportCapture capture;
   {
-    TavClTraceEnvironment program(kKey, nullptr, false);
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
     EXPECT_TRUE(program.usesSharedMemory());
     EXPECT_EQ(program.getSharedRingProblem(), nullptr);
     EXPECT_STREQ(program.getSharedRingFileName(), ringFile.c_str());
@@ -327,7 +334,7 @@ TEST_F(FlightRecorder, TheSharedRingShowsInTheVerboseReportAndTheStatus) {
   // Without the variable the same ring file is left alone.
   variables.set("_TRACE_SHARED", nullptr);
   EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: NO"));
-  TavClTraceEnvironment program(kKey, nullptr, false);
+  TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
   EXPECT_FALSE(program.usesSharedMemory());
   EXPECT_EQ(program.getSharedRingFileName(), nullptr);
 }
@@ -348,7 +355,7 @@ TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
     SharedRingMapping::removeFile(ringFile.c_str());
-    TavClTraceEnvironment(kKey, nullptr, false);  // makes a valid, empty ring
+    TavClTraceEnvironment(traceKey.c_str(), nullptr, false);  // makes a valid, empty ring
     SharedRingMapping ring;
     ASSERT_EQ(ring.attach(ringFile.c_str(), lockNameOf(ringFile).c_str()),
               SharedRingMapping::Status::kOk);
@@ -365,7 +372,7 @@ TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
     EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
 
     // A program that traces starts the ring afresh instead.
-    TavClTraceEnvironment program(kKey, nullptr, false);
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
     EXPECT_TRUE(program.usesSharedMemory());
     EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.getRingMemory(), ring.getRingSize()),
               TAV_TRACE_RING_VALID);
