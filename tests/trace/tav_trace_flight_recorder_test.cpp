@@ -20,6 +20,7 @@
 
 #include "../../src/trace/tav_trace_shared_os.h"
 #include "tav_console.h"
+#include "tav_environment.h"
 #include "tav_file.h"
 #include "tav_filename.h"
 #include "tav_process.h"
@@ -388,6 +389,23 @@ TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
   const ToolRun dump = runTool({"-dump"});
   EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
   EXPECT_THAT(dump.err, HasSubstr("the memory is too small for a trace ring"));
+}
+
+TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped) {
+  const std::string nowhere = traceFile + ".missing-directory";
+  TavClEnvironmentVariable temporary("TMP", nowhere.c_str());
+  {
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+    EXPECT_FALSE(program.usesSharedMemory());
+    ASSERT_NE(program.getSharedRingProblem(), nullptr);
+    EXPECT_THAT(program.getSharedRingProblem(), HasSubstr("the system refused to map the file"));
+    const uint32_t number = 1;
+    program.add(TavClTraceEntry(program, TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32,
+                                "child", "p", &number, sizeof number));
+  }
+  temporary.resetValue();
+  bool endsOnRecord = false;
+  EXPECT_EQ(numbersIn('p', &endsOnRecord), std::vector<uint32_t>{1});
 }
 
 TEST_F(FlightRecorder, WithoutARingFileTheDumpSavesNothing) {

@@ -122,6 +122,22 @@ TEST(SharedRingMapping, OpeningFailsWithAReason) {
   EXPECT_EQ(mapping.attach(nowhere.c_str(), lockNameFor(nowhere).c_str()), Status::kMissing);
 }
 
+TEST(SharedRingMapping, ALockLeftHalfSetUpIsTakenOverAfterASecond) {
+  // A process died while setting up the lock: the lock area's first word says "starting".
+  const std::string path = tav::test::scratchFileName("shared-starting.shm");
+  std::string bytes(SharedRingMapping::kLockAreaSize + 4096, '\0');
+  bytes[0] = 1;
+  FILE* file = std::fopen(path.c_str(), "wb");
+  ASSERT_NE(file, nullptr);
+  std::fwrite(bytes.data(), 1, bytes.size(), file);
+  std::fclose(file);
+  SharedRingMapping mapping;
+  ASSERT_EQ(mapping.attach(path.c_str(), lockNameFor(path).c_str()), Status::kOk);
+  mapping.lock();
+  EXPECT_FALSE(mapping.wasRecovered());
+  mapping.unlock();
+}
+
 TEST(SharedRingMapping, ALockWhoseHolderWasKilledPassesOn) {
   const std::string path = tav::test::scratchFileName("shared-lock.shm");
   SharedRingMapping mapping;
