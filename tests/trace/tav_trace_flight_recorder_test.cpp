@@ -393,6 +393,16 @@ TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
 
 TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped) {
   const std::string nowhere = traceFile + ".missing-directory";
+  // The temporary directory is TMP's on both systems. Its old value comes back at the end, even
+  // after a failed assertion, since the C runtime's temporary files need it.
+  struct RestoredTmp {
+    const std::string old = TavClEnvironmentVariableQueryOnly("TMP").hasValue()
+                                ? TavClEnvironmentVariableQueryOnly("TMP").getValue()
+                                : "";
+    ~RestoredTmp() {
+      TavClEnvironmentVariable variable("TMP", old.empty() ? nullptr : old.c_str());
+    }
+  } restored;
   TavClEnvironmentVariable temporary("TMP", nowhere.c_str());
   {
     TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
@@ -403,7 +413,6 @@ TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped)
     program.add(TavClTraceEntry(program, TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32,
                                 "child", "p", &number, sizeof number));
   }
-  temporary.resetValue();
   bool endsOnRecord = false;
   EXPECT_EQ(numbersIn('p', &endsOnRecord), std::vector<uint32_t>{1});
 }
