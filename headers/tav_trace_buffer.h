@@ -121,8 +121,22 @@ class TAV_API TavClTraceBufferManager {
   const _TavStTraceBufferControl* getControlBlock() const { return control; }
 
  private:
-  void lockRing();
-  void unlockRing();
+  // The process lock is taken here, inline; a handed-in lock through lockSharedRing.
+  void lockRing() {
+    if (lock == nullptr) {
+      semaphoreKey.getLock().lock();
+    } else {
+      lockSharedRing();
+    }
+  }
+  void unlockRing() {
+    if (lock == nullptr) {
+      semaphoreKey.getLock().unlock();
+    } else {
+      lock->unlock();
+    }
+  }
+  void lockSharedRing();
   class RingGuard;
 
   void startEmpty();
@@ -130,7 +144,6 @@ class TAV_API TavClTraceBufferManager {
   uint64_t copyIn(uint64_t position, const uint8_t* bytes, uint64_t length);
   // Writes a record too large for the ring, handing out each ringful as it is complete.
   void streamIn(const uint8_t* bytes, uint64_t length);
-  uint64_t pendingSize() const;
   void handOut();
 
   TavClResourceKeySemaphore& semaphoreKey;

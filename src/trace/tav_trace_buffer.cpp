@@ -56,6 +56,12 @@ TavEnTraceRingCheck checkControlBlock(const _TavStTraceBufferControl& block, uin
   return TAV_TRACE_RING_VALID;
 }
 
+// The bytes from the hand-out mark to the write position, round the end of the ring.
+inline uint64_t pendingBytes(const _TavStTraceBufferControl& ring) {
+  if (ring.writePosition >= ring.handOutMark) return ring.writePosition - ring.handOutMark;
+  return ring.capacity - (ring.handOutMark - ring.writePosition);
+}
+
 }  // namespace
 
 // Holds the ring's lock for a scope.
@@ -121,24 +127,12 @@ const char* TavClTraceBufferManager::describeRingCheck(TavEnTraceRingCheck check
   return "the state of the ring is unknown";
 }
 
-void TavClTraceBufferManager::lockRing() {
-  if (lock == nullptr) {
-    semaphoreKey.getLock().lock();
-    return;
-  }
+void TavClTraceBufferManager::lockSharedRing() {
   // A holder that died may have left the control block half written; a block that no longer
   // checks out is started afresh rather than trusted.
   if (lock->lock() == TAV_TRACE_LOCK_ACQUIRED_FROM_DEAD_HOLDER && control != nullptr &&
       checkControlBlock(*control, usableSize) != TAV_TRACE_RING_VALID) {
     startEmpty();
-  }
-}
-
-void TavClTraceBufferManager::unlockRing() {
-  if (lock == nullptr) {
-    semaphoreKey.getLock().unlock();
-  } else {
-    lock->unlock();
   }
 }
 
@@ -158,16 +152,10 @@ void TavClTraceBufferManager::setOverflowCallback(TavPfuTraceOverflow newCallbac
   callbackContext = context;
 }
 
-uint64_t TavClTraceBufferManager::pendingSize() const {
-  const _TavStTraceBufferControl& ring = *control;
-  if (ring.writePosition >= ring.handOutMark) return ring.writePosition - ring.handOutMark;
-  return ring.capacity - (ring.handOutMark - ring.writePosition);
-}
-
 uint64_t TavClTraceBufferManager::getPendingSize() {
   if (control == nullptr) return 0;
   RingGuard guard(*this);
-  return pendingSize();
+  return pendingBytes(*control);
 }
 
 uint64_t TavClTraceBufferManager::copyIn(uint64_t position, const uint8_t* bytes, uint64_t length) {
@@ -183,29 +171,57 @@ uint64_t TavClTraceBufferManager::copyIn(uint64_t position, const uint8_t* bytes
 
 void TavClTraceBufferManager::write(const TavClTraceEntry& entry) {
   if (control == nullptr) return;
-  const uint8_t* header = entry.getHeader();
-  const uint64_t headerSize = entry.getHeaderSize();
-  const auto* data = static_cast<const uint8_t*>(entry.getDumpData());
+  // The header, then the texts from the caller's strings, or from the entry where it holds them
+  // (as it does compressed texts), then the data: copied straight into the ring.
+  const uint8_t* header = entry.record;
+  constexpr uint64_t kHeaderSize = TavClTraceEntry::kHeaderSize;
+  const bool textsApart = entry.messageText != nullptr;
+  const auto* message =
+      textsApart ? reinterpret_cast<const uint8_t*>(entry.messageText) : header + kHeaderSize;
+  const uint64_t messageLength =
+      textsApart ? entry.messageTextLength : entry.headerSize - kHeaderSize;
+  // Texts held by the entry count as one piece: then the origin is empty.
+  const auto* origin = textsApart ? reinterpret_cast<const uint8_t*>(entry.originText) : header;
+  const uint64_t originLength = textsApart ? entry.originTextLength : 0;
+  const auto* data = static_cast<const uint8_t*>(entry.dumpData);
   const uint64_t dataSize = entry.getSizeOfDumpData();
-  const uint64_t recordSize = headerSize + dataSize;
+  const uint64_t recordSize = entry.headerSize + dataSize;
   RingGuard guard(*this);
   _TavStTraceBufferControl& ring = *control;
   // One byte always stays free, so that a full ring never looks empty.
-  if (recordSize >= ring.capacity - pendingSize()) handOut();
+  if (recordSize >= ring.capacity - pendingBytes(ring)) handOut();
   if (recordSize < ring.capacity) {
-    uint64_t position = copyIn(ring.writePosition, header, headerSize);
-    position = copyIn(position, data, dataSize);
+    uint64_t position = ring.writePosition;
+    if (usableSize - position > recordSize) {
+      // Most records end before the end of the ring: plain copies.
+      uint8_t* at = base + position;
+      std::memcpy(at, header, kHeaderSize);
+      at += kHeaderSize;
+      std::memcpy(at, message, messageLength);
+      at += messageLength;
+      std::memcpy(at, origin, originLength);
+      at += originLength;
+      if (dataSize != 0) std::memcpy(at, data, dataSize);
+      position += recordSize;
+    } else {
+      position = copyIn(position, header, kHeaderSize);
+      position = copyIn(position, message, messageLength);
+      position = copyIn(position, origin, originLength);
+      position = copyIn(position, data, dataSize);
+    }
     ring.writePosition = position;  // the record is whole: now it counts
     return;
   }
-  streamIn(header, headerSize);
+  streamIn(header, kHeaderSize);
+  streamIn(message, messageLength);
+  streamIn(origin, originLength);
   streamIn(data, dataSize);
 }
 
 void TavClTraceBufferManager::streamIn(const uint8_t* bytes, uint64_t length) {
   _TavStTraceBufferControl& ring = *control;
   while (length != 0) {
-    uint64_t room = ring.capacity - 1 - pendingSize();
+    uint64_t room = ring.capacity - 1 - pendingBytes(ring);
     if (room == 0) {
       handOut();
       room = ring.capacity - 1;
