@@ -1,10 +1,10 @@
 // tav_resource_key.h - names of shared resources, and the lock that guards the trace buffer.
 //
 // A resource key is a name built from two or three parts joined by ":", with every character
-// mapped into a small alphabet (letters, digits, "_", "-", "@") that any platform accepts in the name of a semaphore or a
-// piece of shared memory. The semaphore key names the lock that the trace buffer takes around
-// each record and each flush; within one process that lock is the key object's own mutex, so
-// everything that shares one key object is serialised.
+// mapped into a small alphabet (letters, digits, "_", "-", "@") that any platform accepts in the
+// name of a semaphore or a piece of shared memory. The semaphore key names the lock that the trace
+// buffer takes around each record and each flush; within one process that lock is the key object's
+// own process lock, so everything that shares one key object is serialised.
 
 #ifndef TAV_RESOURCE_KEY_H
 #define TAV_RESOURCE_KEY_H
@@ -12,9 +12,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#include <mutex>
-
 #include "tav_export.h"
+#include "tav_trace_lock.h"
 
 class TAV_API TavClResourceKeyABase {
  public:
@@ -27,8 +26,8 @@ class TAV_API TavClResourceKeyABase {
 
   // Appends one part, after a ":" unless the key is still empty. A backslash becomes ":"; any
   // other character that is not a letter, digit, "_", "-" or "@" is replaced by the character
-  // at its byte value modulo 64 in "a-zA-Z0-9_-", so "." becomes "U" and a blank "G". Text beyond kKeyCapacity - 1 characters is
-  // cut. A null part counts as empty.
+  // at its byte value modulo 64 in "a-zA-Z0-9_-", so "." becomes "U" and a blank "G". Text beyond
+  // kKeyCapacity - 1 characters is cut. A null part counts as empty.
   void add(const char* part);
   // Whether text begins with the whole key text. Null never matches.
   bool matches(const char* text) const;
@@ -58,9 +57,11 @@ class TAV_API TavClResourceKeySemaphore : public TavClResourceKeyABase {
   TavClResourceKeySemaphore& operator=(const TavClResourceKeySemaphore& other);
   ~TavClResourceKeySemaphore() override;
 
+  // The lock of this key within the process.
+  TavClTraceProcessLock& getLock() { return access; }
+
  private:
-  friend class TavClTraceBufferAccessSemaphore;
-  std::mutex access;
+  TavClTraceProcessLock access;
 };
 
 // Holds the lock of a semaphore key for the lifetime of the object. Records and flushes of a
@@ -68,9 +69,9 @@ class TAV_API TavClResourceKeySemaphore : public TavClResourceKeyABase {
 class TAV_API TavClTraceBufferAccessSemaphore {
  public:
   explicit TavClTraceBufferAccessSemaphore(TavClResourceKeySemaphore& key) : key(key) {
-    key.access.lock();
+    key.getLock().lock();
   }
-  ~TavClTraceBufferAccessSemaphore() { key.access.unlock(); }
+  ~TavClTraceBufferAccessSemaphore() { key.getLock().unlock(); }
   TavClTraceBufferAccessSemaphore(const TavClTraceBufferAccessSemaphore&) = delete;
   TavClTraceBufferAccessSemaphore& operator=(const TavClTraceBufferAccessSemaphore&) = delete;
 

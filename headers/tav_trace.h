@@ -104,10 +104,14 @@ class TAV_API TavClTraceInstance : public TavClMemoryManagedObject {
    * and exit are recorded whenever tracing is. */
   void dumpFunction(TavEnTraceDetail detail, uint16_t componentId, TavEnTraceDataType type,
                     const char* origin);
-  /* Any other record: straight to the back end. */
+  /* Any other record: straight to the back end (the built-in one called directly). */
   void dump(TavEnTraceDetail detail, uint16_t componentId, TavEnTraceDataType type,
             const char* origin, const char* message, const void* data, uint64_t size) {
-    dumpCallback(callbackContext, detail, componentId, type, origin, message, data, size);
+    if (dumpCallback == &dumpImp) {
+      dumpImp(callbackContext, detail, componentId, type, origin, message, data, size);
+    } else {
+      dumpCallback(callbackContext, detail, componentId, type, origin, message, data, size);
+    }
   }
 
   /* Entries minus exits so far, wrapping below zero. Shared by all threads. */

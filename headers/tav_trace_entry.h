@@ -101,10 +101,16 @@ class TAV_API TavClTraceEntry {
   // Builds a record from the arguments of a trace call; never fails. A null data pointer makes
   // the type TAV_TRACE_TYPE_DATA_NULL with no data; data larger than the environment's buffer
   // is cut to it and the type becomes TAV_TRACE_TYPE_DATA_CLIPPED. Texts are cut to 255 stored
-  // bytes; null texts count as empty. The data is not copied until the record is written.
+  // bytes; null texts count as empty. Uncompressed texts and the data are not copied until the
+  // record is written or its header asked for: they must stay unchanged until then.
   TavClTraceEntry(TavClTraceEnvironmentABase& environment, TavEnTraceDetail detail,
                   uint16_t componentId, TavEnTraceDataType type, const char* origin,
                   const char* message, const void* data, uint64_t dataSize);
+  // The same with the compression setting and the buffer's capacity given by a caller that
+  // knows them, rather than asked of the environment for every record.
+  TavClTraceEntry(TavClTraceEnvironmentABase& environment, bool compress, uint64_t capacity,
+                  TavEnTraceDetail detail, uint16_t componentId, TavEnTraceDataType type,
+                  const char* origin, const char* message, const void* data, uint64_t dataSize);
   virtual ~TavClTraceEntry();
 
   TavEnTraceDetail getDetail() const;
@@ -116,7 +122,10 @@ class TAV_API TavClTraceEntry {
   uint64_t getSizeOfDumpData() const;
 
   // The header with both texts as stored: getHeaderSize() bytes, written before the data.
-  const uint8_t* getHeader() const { return record; }
+  const uint8_t* getHeader() const {
+    if (messageText != nullptr) placeTexts();
+    return record;
+  }
   uint64_t getHeaderSize() const { return headerSize; }
   // The caller's data block (getSizeOfDumpData() bytes), or null.
   const void* getDumpData() const { return dumpData; }
@@ -152,14 +161,22 @@ class TAV_API TavClTraceEntry {
   static constexpr size_t kRecordImageSize = kHeaderSize + 2 * kMaxStoredTextLength + 2;
 
   TavClTraceEnvironmentABase& environment;
-  uint8_t record[kRecordImageSize];
+  // The header, followed by the stored texts once they are placed.
+  mutable uint8_t record[kRecordImageSize];
   uint64_t headerSize;
   const void* dumpData;
 
  private:
-  // Both keep the other bits of the flags byte, except that setType clears the compressed bit.
-  void setDetail(TavEnTraceDetail detail);
-  void setType(TavEnTraceDataType type);
+  friend class TavClTraceBufferManager;
+  // Copies uncompressed texts behind the header.
+  void placeTexts() const;
+
+  // Uncompressed texts where the caller keeps them, with their stored lengths in the header;
+  // both null once the texts are in the image (always for compressed texts).
+  mutable const char* messageText = nullptr;
+  mutable const char* originText = nullptr;
+  uint64_t messageTextLength = 0;
+  uint64_t originTextLength = 0;
 };
 
 // A record read back from a trace file. read takes the header and both texts; the data block

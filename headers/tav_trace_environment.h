@@ -15,6 +15,8 @@
 //   MYAPP_TRACE_FILE       the trace file (default <key>trace.trc in the temporary directory)
 //   MYAPP_TRACE_FORMAT     the default format of the trace formatter
 //   MYAPP_TRACE_VERBOSE    on         report the settings and every file write (see below)
+//   MYAPP_TRACE_SHARED     on         keep the buffer in a file mapping that other processes
+//                                     share and that outlives the program (default off)
 //
 // "on" is whatever the environment variable facility counts as enabled (ON, YES, TRUE, 1). The
 // flag variables can only switch a flag on: since compression and autosave start on, the
@@ -31,12 +33,18 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <string>
+
 #include "tav_export.h"
 #include "tav_filename.h"
 #include "tav_memmgr.h"
 #include "tav_trace_buffer.h"
 #include "tav_trace_entry.h"
 #include "tav_trace_environment_base.h"
+
+namespace tav::trace {
+class SharedTraceRing;
+}
 
 // Which records pass: the detail level, the component ids, and a process and a thread (0 for
 // any). Recording uses the detail and the component ids; the formatter uses all four.
@@ -190,7 +198,22 @@ class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
   void activate() { active = true; }
   bool isActive() const { return active; }
   bool isController() const { return controller; }
+  // Whether the buffer is the key's shared ring (MYAPP_TRACE_SHARED on, and the ring usable).
   bool usesSharedMemory() const { return sharedMemory; }
+  // With MYAPP_TRACE_SHARED on, why the shared ring is not used, or null: the system refused its
+  // file or mapping, or (for a controller) its memory is no valid ring. The buffer is then in
+  // private memory. A controller finding no ring file at all reports no problem.
+  const char* getSharedRingProblem() const {
+    return sharedRingProblem.empty() ? nullptr : sharedRingProblem.c_str();
+  }
+  // The shared ring's file when MYAPP_TRACE_SHARED is on, used or not; otherwise null.
+  const char* getSharedRingFileName() const {
+    return sharedRingFileName.empty() ? nullptr : sharedRingFileName.c_str();
+  }
+  // The flight recorder: appends the records of the shared ring that no hand-out has yet passed
+  // on to the trace file, under the ring's lock, so that no record is appended twice. Nothing
+  // without a shared ring.
+  void saveSharedRing();
 
   // The buffer's capacity: its size without the control block.
   uint64_t getBufferSize() const override {
@@ -216,6 +239,11 @@ class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
  private:
   void determineSettingsFromEnvVars(const char* key);
   void reportSettings(const char* key) const;
+  // Maps the key's shared ring and builds the buffer manager on it; false when it cannot be
+  // used, with nothing left built.
+  bool useSharedRing();
+  // Makes the buffer hand out to the trace file (through the shared ring's journal, if any).
+  void installFileWriter();
   // Flushes and frees the buffer, then the settings; each piece only when it was built.
   void release();
 
@@ -225,7 +253,11 @@ class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
   TavClFilename traceFileName;
   char formatString[kMaxFormatLength + 1] = {};
   uint8_t* bufferMemory = nullptr;
+  tav::trace::SharedTraceRing* sharedRing = nullptr;
+  std::string sharedRingProblem;
+  std::string sharedRingFileName;
   bool active = false;
+  bool sharedMemoryRequested = false;
   bool sharedMemory = false;
   bool controller;
   TavClTraceFileWriter fileWriter;

@@ -1,17 +1,20 @@
 // bench_trace_common.h - what the trace benchmarks share: the message and origin every record
 // carries, a fixed trace environment, scratch file names, and spdlog, the logger a program would
-// otherwise pick, when its headers are there.
+// otherwise pick.
 
 #ifndef BENCH_TRACE_COMMON_H
 #define BENCH_TRACE_COMMON_H
 
-#if __has_include(<spdlog/spdlog.h>)
+// The trace figures mean something only beside spdlog's, so the benchmarks are not built without
+// its headers (scripts/install-deps.sh test installs them).
+#if !__has_include(<spdlog/spdlog.h>)
+#error "the trace benchmarks need spdlog's headers: run scripts/install-deps.sh test"
+#endif
 // Header-only, so that the benchmarks need no library beyond the system's headers.
 #define FMT_HEADER_ONLY
 #define SPDLOG_HEADER_ONLY
 #include <spdlog/spdlog.h>
 #define TAV_BENCH_HAVE_SPDLOG 1
-#endif
 
 #include <cstdint>
 #include <filesystem>

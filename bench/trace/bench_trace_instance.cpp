@@ -68,6 +68,34 @@ void BM_TraceDumpToFile(benchmark::State& state, bool compress) {
   name.resetValue();
 }
 
+// The trace file is the null device: hand-outs cost a write that stores nothing.
+void BM_TraceCall(benchmark::State& state, bool compress) {
+  TavClEnvironmentVariable* variables[3] = {};
+  if (state.thread_index() == 0) {
+    variables[0] = new TavClEnvironmentVariable("TAVBENCHCALL_TRACE_ACTIVE", "on");
+    variables[1] = new TavClEnvironmentVariable("TAVBENCHCALL_TRACE_BUFSIZE", "64");
+    variables[2] = new TavClEnvironmentVariable("TAVBENCHCALL_TRACE_FILE", "/dev/null");
+    TavClTraceInstance* instance = TavClTraceInstance::createInstance("tavbenchcall");
+    instance->getEnvironment().getSettings().enableCompression(compress);
+  }
+  const size_t dataSize = std::strlen(kMessage) + 1;
+  // The loop starts in every thread once the first has made the instance.
+  for (auto _ : state) {
+    if (TAV_TRACE_IS_ENABLED()) {
+      tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_CSTRING, kOrigin, kMessage, kMessage,
+                   dataSize);
+    }
+  }
+  state.SetItemsProcessed(state.iterations());
+  if (state.thread_index() == 0) {
+    TavClTraceInstance::deleteInstance();
+    for (TavClEnvironmentVariable* variable : variables) {
+      variable->resetValue();
+      delete variable;
+    }
+  }
+}
+
 #ifdef TAV_BENCH_HAVE_SPDLOG
 void BM_SpdlogToFile(benchmark::State& state, bool asynchronous) {
   const std::string file = benchFile("tav_bench_spdlog.log");
@@ -94,6 +122,10 @@ void BM_SpdlogToFile(benchmark::State& state, bool asynchronous) {
       ->Iterations(kRecords);
   benchmark::RegisterBenchmark("BM_TraceDump/compressed/tav", BM_TraceDumpToFile, true)
       ->Iterations(kRecords);
+  benchmark::RegisterBenchmark("BM_TraceCall/uncompressed/tav", BM_TraceCall, false);
+  benchmark::RegisterBenchmark("BM_TraceCall/compressed/tav", BM_TraceCall, true);
+  benchmark::RegisterBenchmark("BM_TraceCall/uncompressed/tav", BM_TraceCall, false)->Threads(2);
+  benchmark::RegisterBenchmark("BM_TraceCall/compressed/tav", BM_TraceCall, true)->Threads(2);
 #ifdef TAV_BENCH_HAVE_SPDLOG
   benchmark::RegisterBenchmark("BM_TraceDump/spdlog_async_file", BM_SpdlogToFile, true)
       ->Iterations(kRecords);

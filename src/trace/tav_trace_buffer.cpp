@@ -1,4 +1,8 @@
 // tav_trace_buffer.cpp - the trace ring buffer: records in, hand-outs of at most two pieces out.
+//
+// Positions are kept as offsets from the start of the control block, and memory found holding
+// a control block is checked field by field before it is used: the memory may be mapped by
+// another process, at another address, and may have been left in any state.
 
 #include "tav_trace_buffer.h"
 
@@ -8,150 +12,247 @@
 namespace {
 
 constexpr char kMagic[4] = {'T', 'A', 'V', 'T'};
+constexpr uint64_t kFirst = TavClTraceBufferManager::kControlBlockSize;
 
-static_assert(sizeof(void*) == 8, "the control block layout is that of 64-bit platforms");
 static_assert(sizeof(_TavStTraceBufferControl) == TavClTraceBufferManager::kControlBlockSize,
               "the control block is 48 bytes");
 static_assert(offsetof(_TavStTraceBufferControl, capacity) == 8 &&
-                  offsetof(_TavStTraceBufferControl, first) == 16 &&
-                  offsetof(_TavStTraceBufferControl, last) == 24 &&
+                  offsetof(_TavStTraceBufferControl, firstOffset) == 16 &&
+                  offsetof(_TavStTraceBufferControl, lastOffset) == 24 &&
                   offsetof(_TavStTraceBufferControl, handOutMark) == 32 &&
                   offsetof(_TavStTraceBufferControl, writePosition) == 40,
               "control block offsets");
 
 constexpr uint64_t kControlBlockAlignment = alignof(_TavStTraceBufferControl);
 
+// The bytes to skip so that the control block is aligned.
+uint64_t alignmentPadding(const void* memory) {
+  const auto address = reinterpret_cast<uintptr_t>(memory);
+  return (kControlBlockAlignment - address % kControlBlockAlignment) % kControlBlockAlignment;
+}
+
+// The usable size of memory from its aligned start; 0 when it holds no room for a ring. A ring
+// needs two data bytes, since one always stays free.
+uint64_t usableSizeOf(const void* memory, uint64_t size) {
+  if (memory == nullptr) return 0;
+  const uint64_t padding = alignmentPadding(memory);
+  if (size <= padding || size - padding < kFirst + 2) return 0;
+  return size - padding;
+}
+
+TavEnTraceRingCheck checkControlBlock(const _TavStTraceBufferControl& block, uint64_t usable) {
+  if (std::memcmp(block.magic, kMagic, sizeof(kMagic)) != 0) return TAV_TRACE_RING_NO_MAGIC;
+  if (block.capacity != usable - kFirst) return TAV_TRACE_RING_BAD_CAPACITY;
+  if (block.firstOffset != kFirst || block.lastOffset != usable - 1) {
+    return TAV_TRACE_RING_BAD_BOUNDS;
+  }
+  // Neither position ever stands at the end: writing there wraps to the first byte at once.
+  if (block.handOutMark < kFirst || block.handOutMark >= usable) {
+    return TAV_TRACE_RING_BAD_HAND_OUT_MARK;
+  }
+  if (block.writePosition < kFirst || block.writePosition >= usable) {
+    return TAV_TRACE_RING_BAD_WRITE_POSITION;
+  }
+  return TAV_TRACE_RING_VALID;
+}
+
+// The bytes from the hand-out mark to the write position, round the end of the ring.
+inline uint64_t pendingBytes(const _TavStTraceBufferControl& ring) {
+  if (ring.writePosition >= ring.handOutMark) return ring.writePosition - ring.handOutMark;
+  return ring.capacity - (ring.handOutMark - ring.writePosition);
+}
+
 }  // namespace
 
-TavClTraceBufferManager::TavClTraceBufferManager(TavClResourceKeySemaphore& semaphoreKey,
-                                                 void* memory, uint64_t size)
-    : semaphoreKey(semaphoreKey),
-      control(nullptr),
-      callback(nullptr),
-      callbackContext(nullptr),
-      writtenSinceLastFlush(0) {
-  if (memory == nullptr) return;
-  const auto address = reinterpret_cast<uintptr_t>(memory);
-  const uint64_t padding =
-      (kControlBlockAlignment - address % kControlBlockAlignment) % kControlBlockAlignment;
-  if (size <= padding || size - padding <= kControlBlockSize) return;
-  auto* start = static_cast<uint8_t*>(memory) + padding;
-  const uint64_t usable = size - padding;
-  control = reinterpret_cast<_TavStTraceBufferControl*>(start);
+// Holds the ring's lock for a scope.
+class TavClTraceBufferManager::RingGuard {
+ public:
+  explicit RingGuard(TavClTraceBufferManager& manager) : manager(manager) { manager.lockRing(); }
+  ~RingGuard() { manager.unlockRing(); }
+  RingGuard(const RingGuard&) = delete;
+  RingGuard& operator=(const RingGuard&) = delete;
 
-  // Someone else's block is taken over only if it describes exactly this memory; a block that
-  // points elsewhere would send writes outside it.
-  if (std::memcmp(control->magic, kMagic, sizeof(kMagic)) == 0 && describesMemory(start, usable)) {
-    return;
-  }
-  std::memcpy(control->magic, kMagic, sizeof(kMagic));
-  control->reserved = 0;
-  control->capacity = usable - kControlBlockSize;
-  control->first = start + kControlBlockSize;
-  control->last = control->first + control->capacity - 1;
-  control->handOutMark = control->first;
-  control->writePosition = control->first;
+ private:
+  TavClTraceBufferManager& manager;
+};
+
+TavClTraceBufferManager::TavClTraceBufferManager(TavClResourceKeySemaphore& semaphoreKey,
+                                                 void* memory, uint64_t size,
+                                                 TavClTraceBufferLock* lock,
+                                                 TavEnTraceRingAttach attach)
+    : semaphoreKey(semaphoreKey),
+      lock(lock),
+      base(nullptr),
+      control(nullptr),
+      usableSize(usableSizeOf(memory, size)),
+      attachCheck(TAV_TRACE_RING_TOO_SMALL),
+      callback(nullptr),
+      callbackContext(nullptr) {
+  if (usableSize == 0) return;
+  auto* start = static_cast<uint8_t*>(memory) + alignmentPadding(memory);
+  RingGuard guard(*this);
+  attachCheck = checkControlBlock(*reinterpret_cast<_TavStTraceBufferControl*>(start), usableSize);
+  if (attachCheck != TAV_TRACE_RING_VALID && attach == TAV_TRACE_RING_ATTACH_ONLY) return;
+  base = start;
+  control = reinterpret_cast<_TavStTraceBufferControl*>(start);
+  if (attachCheck != TAV_TRACE_RING_VALID) startEmpty();
 }
 
 TavClTraceBufferManager::~TavClTraceBufferManager() {
+  base = nullptr;
   control = nullptr;
   callback = nullptr;
   callbackContext = nullptr;
 }
 
-bool TavClTraceBufferManager::describesMemory(const uint8_t* memory, uint64_t size) const {
-  const _TavStTraceBufferControl& block = *control;
-  if (block.capacity != size - kControlBlockSize) return false;
-  const uint8_t* first = memory + kControlBlockSize;
-  const uint8_t* end = first + block.capacity;  // one past the last data byte
-  // The mark may stand at the end after a hand-out at the end of the ring; the write position
-  // never does, since writing wraps as soon as it gets there.
-  return block.first == first && block.last == end - 1 && block.handOutMark >= first &&
-         block.handOutMark <= end && block.writePosition >= first && block.writePosition < end;
+TavEnTraceRingCheck TavClTraceBufferManager::checkRing(const void* memory, uint64_t size) {
+  const uint64_t usable = usableSizeOf(memory, size);
+  if (usable == 0) return TAV_TRACE_RING_TOO_SMALL;
+  const auto* start = static_cast<const uint8_t*>(memory) + alignmentPadding(memory);
+  return checkControlBlock(*reinterpret_cast<const _TavStTraceBufferControl*>(start), usable);
+}
+
+const char* TavClTraceBufferManager::describeRingCheck(TavEnTraceRingCheck check) {
+  switch (check) {
+    case TAV_TRACE_RING_VALID: return "the memory holds a valid trace ring";
+    case TAV_TRACE_RING_TOO_SMALL: return "the memory is too small for a trace ring";
+    case TAV_TRACE_RING_NO_MAGIC: return "the memory holds no trace ring";
+    case TAV_TRACE_RING_BAD_CAPACITY:
+      return "the capacity of the ring does not match the size of the memory";
+    case TAV_TRACE_RING_BAD_BOUNDS:
+      return "the data bytes of the ring are not where its capacity puts them";
+    case TAV_TRACE_RING_BAD_HAND_OUT_MARK: return "the hand-out mark lies outside the ring";
+    case TAV_TRACE_RING_BAD_WRITE_POSITION: return "the write position lies outside the ring";
+  }
+  return "the state of the ring is unknown";
+}
+
+void TavClTraceBufferManager::lockSharedRing() {
+  // A holder that died may have left the control block half written; a block that no longer
+  // checks out is started afresh rather than trusted.
+  if (lock->lock() == TAV_TRACE_LOCK_ACQUIRED_FROM_DEAD_HOLDER && control != nullptr &&
+      checkControlBlock(*control, usableSize) != TAV_TRACE_RING_VALID) {
+    startEmpty();
+  }
+}
+
+void TavClTraceBufferManager::startEmpty() {
+  std::memcpy(control->magic, kMagic, sizeof(kMagic));
+  control->reserved = 0;
+  control->capacity = usableSize - kFirst;
+  control->firstOffset = kFirst;
+  control->lastOffset = usableSize - 1;
+  control->handOutMark = kFirst;
+  control->writePosition = kFirst;
 }
 
 void TavClTraceBufferManager::setOverflowCallback(TavPfuTraceOverflow newCallback, void* context) {
-  TavClTraceBufferAccessSemaphore guard(semaphoreKey);
+  RingGuard guard(*this);
   callback = newCallback;
   callbackContext = context;
 }
 
+uint64_t TavClTraceBufferManager::getPendingSize() {
+  if (control == nullptr) return 0;
+  RingGuard guard(*this);
+  return pendingBytes(*control);
+}
+
+uint64_t TavClTraceBufferManager::copyIn(uint64_t position, const uint8_t* bytes, uint64_t length) {
+  const uint64_t room = usableSize - position;
+  if (length < room) {
+    if (length != 0) std::memcpy(base + position, bytes, length);
+    return position + length;
+  }
+  std::memcpy(base + position, bytes, room);
+  if (length != room) std::memcpy(base + kFirst, bytes + room, length - room);
+  return kFirst + (length - room);
+}
+
 void TavClTraceBufferManager::write(const TavClTraceEntry& entry) {
   if (control == nullptr) return;
-  const uint8_t* header = entry.getHeader();
-  const uint64_t headerSize = entry.getHeaderSize();
-  const auto* data = static_cast<const uint8_t*>(entry.getDumpData());
+  // The header, then the texts from the caller's strings, or from the entry where it holds them
+  // (as it does compressed texts), then the data: copied straight into the ring.
+  const uint8_t* header = entry.record;
+  constexpr uint64_t kHeaderSize = TavClTraceEntry::kHeaderSize;
+  const bool textsApart = entry.messageText != nullptr;
+  const auto* message =
+      textsApart ? reinterpret_cast<const uint8_t*>(entry.messageText) : header + kHeaderSize;
+  const uint64_t messageLength =
+      textsApart ? entry.messageTextLength : entry.headerSize - kHeaderSize;
+  // Texts held by the entry count as one piece: then the origin is empty.
+  const auto* origin = textsApart ? reinterpret_cast<const uint8_t*>(entry.originText) : header;
+  const uint64_t originLength = textsApart ? entry.originTextLength : 0;
+  const auto* data = static_cast<const uint8_t*>(entry.dumpData);
   const uint64_t dataSize = entry.getSizeOfDumpData();
-  TavClTraceBufferAccessSemaphore guard(semaphoreKey);
-  writtenSinceLastFlush = 1;
-  // Most records end before the end of the ring: then two copies are all there is to do.
+  const uint64_t recordSize = entry.headerSize + dataSize;
+  RingGuard guard(*this);
   _TavStTraceBufferControl& ring = *control;
-  if (headerSize + dataSize < static_cast<uint64_t>((ring.last + 1) - ring.writePosition)) {
-    std::memcpy(ring.writePosition, header, headerSize);
-    if (dataSize != 0) std::memcpy(ring.writePosition + headerSize, data, dataSize);
-    ring.writePosition += headerSize + dataSize;
+  // One byte always stays free, so that a full ring never looks empty.
+  if (recordSize >= ring.capacity - pendingBytes(ring)) handOut();
+  if (recordSize < ring.capacity) {
+    uint64_t position = ring.writePosition;
+    if (usableSize - position > recordSize) {
+      // Most records end before the end of the ring: plain copies.
+      uint8_t* at = base + position;
+      std::memcpy(at, header, kHeaderSize);
+      at += kHeaderSize;
+      std::memcpy(at, message, messageLength);
+      at += messageLength;
+      std::memcpy(at, origin, originLength);
+      at += originLength;
+      if (dataSize != 0) std::memcpy(at, data, dataSize);
+      position += recordSize;
+    } else {
+      position = copyIn(position, header, kHeaderSize);
+      position = copyIn(position, message, messageLength);
+      position = copyIn(position, origin, originLength);
+      position = copyIn(position, data, dataSize);
+    }
+    ring.writePosition = position;  // the record is whole: now it counts
     return;
   }
-  write(header, headerSize);
-  write(data, dataSize);
+  streamIn(header, kHeaderSize);
+  streamIn(message, messageLength);
+  streamIn(origin, originLength);
+  streamIn(data, dataSize);
+}
+
+void TavClTraceBufferManager::streamIn(const uint8_t* bytes, uint64_t length) {
+  _TavStTraceBufferControl& ring = *control;
+  while (length != 0) {
+    uint64_t room = ring.capacity - 1 - pendingBytes(ring);
+    if (room == 0) {
+      handOut();
+      room = ring.capacity - 1;
+    }
+    const uint64_t part = length < room ? length : room;
+    ring.writePosition = copyIn(ring.writePosition, bytes, part);
+    bytes += part;
+    length -= part;
+  }
 }
 
 void TavClTraceBufferManager::flush() {
   if (control == nullptr) return;
-  TavClTraceBufferAccessSemaphore guard(semaphoreKey);
-  if (writtenSinceLastFlush != 0) {
-    overflow();
-    writtenSinceLastFlush = 0;
-  }
+  RingGuard guard(*this);
+  handOut();
 }
 
-void TavClTraceBufferManager::copyToWritePosition(const uint8_t* bytes, uint64_t length) {
-  if (length != 0) std::memcpy(control->writePosition, bytes, length);
-  control->writePosition += length;
-}
-
-void TavClTraceBufferManager::write(const uint8_t* bytes, uint64_t length) {
-  if (length == 0) return;
+void TavClTraceBufferManager::handOut() {
   _TavStTraceBufferControl& ring = *control;
-  const uint64_t room = static_cast<uint64_t>((ring.last + 1) - ring.writePosition);
-  if (length < room) {
-    copyToWritePosition(bytes, length);
-    return;
+  if (ring.handOutMark == ring.writePosition) return;
+  // Without a callback the pending records are given up; the bytes stay until overwritten.
+  if (callback != nullptr) {
+    _TavStTraceHandOut pieces{callbackContext, base + ring.handOutMark, 0, nullptr, 0};
+    if (ring.handOutMark < ring.writePosition) {
+      pieces.firstLength = ring.writePosition - ring.handOutMark;
+    } else {
+      pieces.firstLength = usableSize - ring.handOutMark;
+      pieces.secondLength = ring.writePosition - kFirst;
+      if (pieces.secondLength != 0) pieces.secondPiece = base + kFirst;
+    }
+    callback(&pieces);
   }
-  // Fill the ring to its end, hand out, and go on at its start.
-  copyToWritePosition(bytes, room);
-  overflow();
-  ring.writePosition = ring.first;
-  bytes += room;
-  length -= room;
-  // The rest goes on from the first data byte. It is smaller than the ring unless a header and
-  // texts are longer than a tiny ring; a rest that fills the ring is handed out at once, like
-  // any ring filled to its end, so that no write leaves the position at the end of the ring,
-  // from where the next hand-out would repeat bytes already handed out.
-  while (length >= ring.capacity) {
-    copyToWritePosition(bytes, ring.capacity);
-    overflow();
-    ring.writePosition = ring.first;
-    bytes += ring.capacity;
-    length -= ring.capacity;
-  }
-  copyToWritePosition(bytes, length);
-}
-
-void TavClTraceBufferManager::overflow() {
-  // Without a callback the mark stays where it is and the ring is simply written over.
-  if (callback == nullptr) return;
-  _TavStTraceBufferControl& ring = *control;
-  _TavStTraceHandOut handOut{callbackContext, ring.handOutMark, 0, nullptr, 0};
-  // A mark at or after the write position means the pending bytes wrap round the end. (A mark
-  // equal to the write position therefore hands out the whole ring.)
-  if (ring.handOutMark >= ring.writePosition) {
-    handOut.firstLength = static_cast<uint64_t>((ring.last + 1) - ring.handOutMark);
-    handOut.secondLength = static_cast<uint64_t>(ring.writePosition - ring.first);
-    if (handOut.secondLength != 0) handOut.secondPiece = ring.first;
-  } else {
-    handOut.firstLength = static_cast<uint64_t>(ring.writePosition - ring.handOutMark);
-  }
-  callback(&handOut);
   ring.handOutMark = ring.writePosition;
 }

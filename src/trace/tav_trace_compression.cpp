@@ -4,7 +4,10 @@
 // character is a 6-bit code, every other byte the escape code 63 followed by its 8 bits. Bits
 // are numbered from the top of each byte, so bit position p is bit 7 - p % 8 of byte p / 8.
 
+#include <string.h>
+
 #include <array>
+#include <cstdint>
 
 #include "tav_trace_entry.h"
 
@@ -62,44 +65,99 @@ uint8_t TavClTraceEntry::deCompressReadBits(const uint8_t* buffer, uint64_t bitP
   return static_cast<uint8_t>(eightBits >> (8 - bitCount));
 }
 
-// The codes are collected in a bit accumulator and stored a byte at a time; the bytes are those
-// that compressWriteBits would write code by code, at a fraction of the cost.
+namespace {
+
+// Codes collected in a bit accumulator and stored a byte at a time; the bytes are those that
+// compressWriteBits would write code by code, at a fraction of the cost.
+struct BitCollector {
+  uint8_t* destination;
+  size_t stored = 0;
+  uint64_t pending = 0;  // bits not yet stored, in the low pendingCount bits
+  unsigned pendingCount = 0;
+
+  void storeWholeBytes() {
+    while (pendingCount >= 8) {
+      pendingCount -= 8;
+      destination[stored++] = static_cast<uint8_t>(pending >> pendingCount);
+    }
+    pending &= (uint64_t{1} << pendingCount) - 1;
+  }
+  // Adds one character; returns the bits it took.
+  unsigned add(unsigned char character) {
+    const uint8_t code = kCodeOf[character];
+    if (code != kEscapeCode) {
+      pending = pending << kCodeBits | code;
+      pendingCount += kCodeBits;
+      storeWholeBytes();
+      return kCodeBits;
+    }
+    pending =
+        pending << (kCodeBits + kLiteralBits) | uint64_t{kEscapeCode} << kLiteralBits | character;
+    pendingCount += kCodeBits + kLiteralBits;
+    storeWholeBytes();
+    return kCodeBits + kLiteralBits;
+  }
+  // Adds four characters of the alphabet at once: 24 bits, so exactly three whole bytes.
+  void addFourCodes(uint32_t codes) {
+    pending = pending << 24 | codes;
+    pendingCount += 24;
+    destination[stored] = static_cast<uint8_t>(pending >> (pendingCount - 8));
+    destination[stored + 1] = static_cast<uint8_t>(pending >> (pendingCount - 16));
+    destination[stored + 2] = static_cast<uint8_t>(pending >> (pendingCount - 24));
+    stored += 3;
+    pendingCount -= 24;
+    pending &= (uint64_t{1} << pendingCount) - 1;
+  }
+  // Fills the last byte with 1-bits: an escape code cut short, which expansion takes as the end.
+  size_t finish() {
+    if (pendingCount != 0) {
+      destination[stored++] =
+          static_cast<uint8_t>(pending << (8 - pendingCount) | (0xFFu >> pendingCount));
+    }
+    return stored;
+  }
+};
+
+constexpr unsigned kLongestCharacterBits = kCodeBits + kLiteralBits;
+
+}  // namespace
+
 size_t TavClTraceEntry::compressCString(uint8_t* destination, const char* source, size_t capacity) {
   if (capacity == 0 || source == nullptr) return 0;
   // A character that starts at or below this mark is written whole, so the result may be one
   // byte longer than the capacity.
   const uint64_t lastStartBit =
       capacity - 1 > UINT64_MAX / 8 ? UINT64_MAX : static_cast<uint64_t>(capacity - 1) * 8;
-  uint64_t bits = 0;
-  uint32_t pending = 0;  // bits not yet stored, in the low pendingCount bits
-  unsigned pendingCount = 0;
-  size_t stored = 0;
-  for (const unsigned char* next = reinterpret_cast<const unsigned char*>(source); *next != 0;
-       ++next) {
-    const uint8_t code = kCodeOf[*next];
-    if (code != kEscapeCode) {
-      pending = pending << kCodeBits | code;
-      pendingCount += kCodeBits;
-      bits += kCodeBits;
-    } else {
-      pending =
-          pending << (kCodeBits + kLiteralBits) | uint32_t{kEscapeCode} << kLiteralBits | *next;
-      pendingCount += kCodeBits + kLiteralBits;
-      bits += kCodeBits + kLiteralBits;
+  const auto* text = reinterpret_cast<const unsigned char*>(source);
+  BitCollector bits{destination};
+
+  // A text too short to pass the mark even if every character were escaped needs no count of
+  // its bits, and goes four characters at a time while none of them is escaped.
+  const uint64_t shortLimit = lastStartBit / kLongestCharacterBits;
+  const size_t length = strnlen(source, shortLimit < SIZE_MAX ? shortLimit + 1 : SIZE_MAX);
+  if (length <= shortLimit) {
+    size_t next = 0;
+    for (; next + 4 <= length; next += 4) {
+      const uint8_t c0 = kCodeOf[text[next]];
+      const uint8_t c1 = kCodeOf[text[next + 1]];
+      const uint8_t c2 = kCodeOf[text[next + 2]];
+      const uint8_t c3 = kCodeOf[text[next + 3]];
+      if (c0 != kEscapeCode && c1 != kEscapeCode && c2 != kEscapeCode && c3 != kEscapeCode) {
+        bits.addFourCodes(uint32_t{c0} << 18 | uint32_t{c1} << 12 | uint32_t{c2} << 6 | c3);
+        continue;
+      }
+      for (size_t i = 0; i < 4; ++i) bits.add(text[next + i]);
     }
-    while (pendingCount >= 8) {
-      pendingCount -= 8;
-      destination[stored++] = static_cast<uint8_t>(pending >> pendingCount);
-    }
-    pending &= (1u << pendingCount) - 1;
-    if (bits > lastStartBit) break;
+    for (; next < length; ++next) bits.add(text[next]);
+    return bits.finish();
   }
-  // Fill the last byte with 1-bits: an escape code cut short, which expansion takes as the end.
-  if (pendingCount != 0) {
-    destination[stored++] =
-        static_cast<uint8_t>(pending << (8 - pendingCount) | (0xFFu >> pendingCount));
+
+  uint64_t bitCount = 0;
+  for (; *text != 0; ++text) {
+    bitCount += bits.add(*text);
+    if (bitCount > lastStartBit) break;
   }
-  return stored;
+  return bits.finish();
 }
 
 size_t TavClTraceEntry::deCompressCString(char* destination, const uint8_t* source,

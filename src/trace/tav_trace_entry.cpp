@@ -9,9 +9,9 @@
 
 #include <cstring>
 
-#include "tav_process.h"
+#include "../core/tav_system_os.h"
+#include "../process/tav_process_os.h"
 #include "tav_trace_record_layout.h"
-#include "tav_utils.h"
 
 namespace {
 
@@ -31,21 +31,14 @@ using tav::trace_record::kTypeBits;
 using tav::trace_record::loadLittleEndian32;
 using tav::trace_record::storeLittleEndian32;
 
-// Stores one text at destination, compressed or as it is, and returns its stored length: the low
-// eight bits of the byte count. A compressed text may run to 256 bytes, which the length byte
-// stores as 0; the next text is then placed at that stored length, over the first bytes of the
-// lost one, so that the record still reads exactly as its lengths say.
-uint8_t storeText(uint8_t* destination, const char* text, bool compress) {
+// Stores one text compressed at destination and returns its stored length: the low eight bits
+// of the byte count. A compressed text may run to 256 bytes, which the length byte stores as 0;
+// the next text is then placed at that stored length, over the first bytes of the lost one, so
+// that the record still reads exactly as its lengths say.
+uint8_t storeCompressed(uint8_t* destination, const char* text) {
   if (text == nullptr) return 0;
-  size_t stored;
-  if (compress) {
-    stored =
-        TavClTraceEntry::compressCString(destination, text, TavClTraceEntry::kMaxStoredTextLength);
-  } else {
-    stored = strnlen(text, TavClTraceEntry::kMaxStoredTextLength);
-    std::memcpy(destination, text, stored);
-  }
-  return static_cast<uint8_t>(stored);
+  return static_cast<uint8_t>(
+      TavClTraceEntry::compressCString(destination, text, TavClTraceEntry::kMaxStoredTextLength));
 }
 
 }  // namespace
@@ -53,35 +46,59 @@ uint8_t storeText(uint8_t* destination, const char* text, bool compress) {
 TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment, TavEnTraceDetail detail,
                                  uint16_t componentId, TavEnTraceDataType type, const char* origin,
                                  const char* message, const void* data, uint64_t dataSize)
+    : TavClTraceEntry(environment, environment.isCompressionEnabled(), environment.getBufferSize(),
+                      detail, componentId, type, origin, message, data, dataSize) {}
+
+TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment, bool compress,
+                                 uint64_t capacity, TavEnTraceDetail detail, uint16_t componentId,
+                                 TavEnTraceDataType type, const char* origin, const char* message,
+                                 const void* data, uint64_t dataSize)
     : environment(environment), headerSize(kHeaderSize), dumpData(data) {
   if (data == nullptr) {
     dataSize = 0;
     type = TAV_TRACE_TYPE_DATA_NULL;
   }
   // The size field has 32 bits; a block is never larger than the buffer that takes it.
-  uint64_t capacity = environment.getBufferSize();
   if (capacity > UINT32_MAX) capacity = UINT32_MAX;
   if (dataSize > capacity) {
     dataSize = capacity;
     type = TAV_TRACE_TYPE_DATA_CLIPPED;
   }
 
-  record[kFlagsOffset] = 0;
-  setType(type);
-  setDetail(detail);
+  // The flags byte at once: type, detail and, last, the compressed bit.
+  record[kFlagsOffset] =
+      static_cast<uint8_t>((static_cast<unsigned>(type) & kTypeBits) |
+                           ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits) |
+                           (compress ? kCompressedBit : 0));
   record[kComponentIdOffset] = static_cast<uint8_t>(componentId);
-  storeLittleEndian32(record + kTimeStampOffset, tavGetTimeStamp());
+  // The clock and the thread id straight from the platform layer: the public functions around
+  // them would cost a call through the library's symbol table on every record.
+  storeLittleEndian32(record + kTimeStampOffset, tav::os::tickCountMilliseconds());
   storeLittleEndian32(record + kProcessIdOffset, environment.getProcessId());
-  storeLittleEndian32(record + kThreadIdOffset, TavClThreadProperty().getId());
+  storeLittleEndian32(record + kThreadIdOffset, tav::os::currentThreadId());
   storeLittleEndian32(record + kDataSizeOffset, static_cast<uint32_t>(dataSize));
 
-  // The compressed bit goes in last: setType clears it.
-  const bool compress = environment.isCompressionEnabled();
-  if (compress) record[kFlagsOffset] |= kCompressedBit;
-  record[kMessageLengthOffset] = storeText(record + kHeaderSize, message, compress);
-  record[kOriginLengthOffset] =
-      storeText(record + kHeaderSize + record[kMessageLengthOffset], origin, compress);
+  if (compress) {
+    record[kMessageLengthOffset] = storeCompressed(record + kHeaderSize, message);
+    record[kOriginLengthOffset] =
+        storeCompressed(record + kHeaderSize + record[kMessageLengthOffset], origin);
+  } else {
+    // Left where they are: the buffer copies them straight into the ring.
+    messageText = message != nullptr ? message : "";
+    originText = origin != nullptr ? origin : "";
+    messageTextLength = strnlen(messageText, kMaxStoredTextLength);
+    originTextLength = strnlen(originText, kMaxStoredTextLength);
+    record[kMessageLengthOffset] = static_cast<uint8_t>(messageTextLength);
+    record[kOriginLengthOffset] = static_cast<uint8_t>(originTextLength);
+  }
   headerSize = kHeaderSize + record[kMessageLengthOffset] + record[kOriginLengthOffset];
+}
+
+void TavClTraceEntry::placeTexts() const {
+  std::memcpy(record + kHeaderSize, messageText, messageTextLength);
+  std::memcpy(record + kHeaderSize + messageTextLength, originText, originTextLength);
+  messageText = nullptr;
+  originText = nullptr;
 }
 
 TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment)
@@ -94,17 +111,6 @@ uint16_t TavClTraceEntry::getComponentId() const { return record[kComponentIdOff
 uint64_t TavClTraceEntry::getSizeOfDumpData() const { return dataSizeOf(record); }
 
 bool TavClTraceEntry::isCompressed() const { return (record[kFlagsOffset] & kCompressedBit) != 0; }
-
-void TavClTraceEntry::setDetail(TavEnTraceDetail detail) {
-  record[kFlagsOffset] =
-      static_cast<uint8_t>((record[kFlagsOffset] & ~kDetailBits) |
-                           ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits));
-}
-
-void TavClTraceEntry::setType(TavEnTraceDataType type) {
-  record[kFlagsOffset] = static_cast<uint8_t>((record[kFlagsOffset] & kDetailBits) |
-                                              (static_cast<unsigned>(type) & kTypeBits));
-}
 
 TavEnTraceDetail TavClTraceEntry::getDetail() const {
   return static_cast<TavEnTraceDetail>(record[kFlagsOffset] >> kDetailShift);

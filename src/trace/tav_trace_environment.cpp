@@ -11,6 +11,7 @@
 #include "tav_error.h"
 #include "tav_memmgr.h"
 #include "tav_trace_environment.h"
+#include "tav_trace_shared_ring.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ constexpr const char* kBufsize = "_TRACE_BUFSIZE";
 constexpr const char* kFile = "_TRACE_FILE";
 constexpr const char* kFormat = "_TRACE_FORMAT";
 constexpr const char* kVerbose = "_TRACE_VERBOSE";
+constexpr const char* kShared = "_TRACE_SHARED";
 
 // The text of two parts one after the other, in memory from the memory manager.
 std::unique_ptr<char, decltype(&tavFree)> joined(const char* first, const char* second) {
@@ -82,36 +84,91 @@ TavClTraceEnvironment::TavClTraceEnvironment(const char* key, const char* instan
   try {
     settings = new TavClTraceSettings();
     determineSettingsFromEnvVars(key);
-
-    bufferMemory = static_cast<uint8_t*>(tavCalloc(1, bufferSize));
-    sharedMemory = false;
-    void* managerMemory = tavMalloc(sizeof(TavClTraceBufferManager));
-    bufferManager = new (managerMemory) TavClTraceBufferManager(*this, bufferMemory, bufferSize);
+    if (!sharedMemoryRequested || !useSharedRing()) {
+      bufferMemory = static_cast<uint8_t*>(tavCalloc(1, bufferSize));
+      void* managerMemory = tavMalloc(sizeof(TavClTraceBufferManager));
+      bufferManager = new (managerMemory) TavClTraceBufferManager(*this, bufferMemory, bufferSize);
+    }
   } catch (...) {
     release();  // the destructor does not run for an object that was never built
     throw;
   }
 
   if (settings->isAutosaveEnabled()) {
-    bufferManager->setOverflowCallback(TavClTraceFileWriter::appendHandOut, &fileWriter);
+    installFileWriter();
     if (!controller && settings->isAutoclearEnabled()) std::remove(getTraceFileName());
   }
+  // Reported once the buffer is made, so that the report says where it really is.
+  if (settings->isVerboseEnabled()) reportSettings(key);
+}
+
+// A program joins the key's ring, or starts it empty when the memory holds none; a controller
+// takes the ring only when it is valid, since the memory of a program that died may be corrupt.
+// Either way the buffer falls back to private memory when the ring cannot be used.
+bool TavClTraceEnvironment::useSharedRing() {
+  void* ringMemory = tavMalloc(sizeof(tav::trace::SharedTraceRing));
+  sharedRing = new (ringMemory) tav::trace::SharedTraceRing(tavGetTmpDirectory(), getKey());
+  const bool mapped = controller ? sharedRing->attach() : sharedRing->open(bufferSize);
+  sharedRingProblem = sharedRing->getProblem();
+  sharedRingFileName = sharedRing->getFileName();
+  if (mapped) {
+    void* managerMemory = tavMalloc(sizeof(TavClTraceBufferManager));
+    bufferManager = new (managerMemory) TavClTraceBufferManager(
+        *this, sharedRing->getMemory(), sharedRing->getSize(), sharedRing,
+        controller ? TAV_TRACE_RING_ATTACH_ONLY : TAV_TRACE_RING_START_EMPTY);
+    const TavEnTraceRingCheck check = bufferManager->getAttachCheck();
+    if (!controller || check == TAV_TRACE_RING_VALID) {
+      sharedMemory = true;
+      return true;
+    }
+    sharedRingProblem = TavClTraceBufferManager::describeRingCheck(check);
+    bufferManager->~TavClTraceBufferManager();
+    tavFree(bufferManager);
+    bufferManager = nullptr;
+  }
+  sharedRing->~SharedTraceRing();
+  tavFree(sharedRing);
+  sharedRing = nullptr;
+  return false;
+}
+
+void TavClTraceEnvironment::installFileWriter() {
+  if (sharedRing == nullptr) {
+    bufferManager->setOverflowCallback(TavClTraceFileWriter::appendHandOut, &fileWriter);
+    return;
+  }
+  sharedRing->setFileWriter(&fileWriter, this);
+  bufferManager->setOverflowCallback(tav::trace::SharedTraceRing::appendHandOut, sharedRing);
 }
 
 TavClTraceEnvironment::~TavClTraceEnvironment() { release(); }
 
 void TavClTraceEnvironment::release() {
   if (bufferManager != nullptr) {
-    bufferManager->flush();
+    // A controller attached to a shared ring saves it only when told to (saveSharedRing).
+    if (!(controller && sharedMemory)) bufferManager->flush();
     if (settings->isAutosaveEnabled()) bufferManager->setOverflowCallback(nullptr, nullptr);
     bufferManager->~TavClTraceBufferManager();
     tavFree(bufferManager);
   }
   bufferManager = nullptr;
-  if (!sharedMemory) tavFree(bufferMemory);
+  if (sharedRing != nullptr) {
+    sharedRing->~SharedTraceRing();
+    tavFree(sharedRing);
+  }
+  sharedRing = nullptr;
+  tavFree(bufferMemory);
   bufferMemory = nullptr;
   delete settings;
   settings = nullptr;
+}
+
+void TavClTraceEnvironment::saveSharedRing() {
+  if (!sharedMemory) return;
+  // The ring hands its pending records to the trace file, whatever autosave says.
+  installFileWriter();
+  bufferManager->flush();
+  if (!settings->isAutosaveEnabled()) bufferManager->setOverflowCallback(nullptr, nullptr);
 }
 
 void TavClTraceEnvironment::add(const TavClTraceEntry& entry) {
@@ -158,10 +215,8 @@ void TavClTraceEnvironment::determineSettingsFromEnvVars(const char* key) {
   const TraceVariable format(key, kFormat);
   setFormatString(format.hasValue() ? format.getValue() : kDefaultFormat);
 
-  if (TraceVariable(key, kVerbose).hasValueEnabled()) {
-    settings->enableVerbose(true);
-    reportSettings(key);
-  }
+  sharedMemoryRequested = TraceVariable(key, kShared).hasValueEnabled();
+  if (TraceVariable(key, kVerbose).hasValueEnabled()) settings->enableVerbose(true);
 }
 
 void TavClTraceEnvironment::reportSettings(const char* key) const {

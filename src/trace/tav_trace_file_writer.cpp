@@ -14,9 +14,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "../fs/tav_file_io_os.h"
 #include "tav_error.h"
 #include "tav_trace_buffer.h"
-#include "../fs/tav_file_io_os.h"
 #include "tav_trace_record_layout.h"
 
 namespace {
@@ -70,6 +70,16 @@ TavClTraceFileWriter::Boundaries TavClTraceFileWriter::followRecords(const uint8
   Boundaries found{kNoBoundary, kNoBoundary};
   uint64_t position = 0;
   while (position < length) {
+    // A whole record in the bytes, the usual case, is stepped over straight from its header.
+    if (headerBytesSeen == 0 && length - position >= kHeaderSize) {
+      const uint64_t recordLength = kHeaderSize + tav::trace_record::bodySizeOf(bytes + position);
+      if (recordLength <= length - position) {
+        position += recordLength;
+        if (found.first == kNoBoundary) found.first = position;
+        found.last = position;
+        continue;
+      }
+    }
     if (headerBytesSeen < kHeaderSize) {
       const uint64_t wanted = kHeaderSize - headerBytesSeen;
       const uint64_t take = wanted < length - position ? wanted : length - position;
@@ -122,8 +132,7 @@ void TavClTraceFileWriter::append(const uint8_t* firstPiece, uint64_t firstLengt
   const char* fileName = environment.getTraceFileName();
   const bool verbose = environment.isVerbose();
   int file = -1;
-  const tav::os::OsStatus opened =
-      tav::os::openFile(fileName, tav::os::FileOpening::append, &file);
+  const tav::os::OsStatus opened = tav::os::openFile(fileName, tav::os::FileOpening::append, &file);
   if (!opened.ok()) {
     if (verbose) report("could not open: %s (errno: %d)", fileName, opened.code);
     loseHandOut(endsOnRecord);
@@ -189,7 +198,8 @@ bool TavClTraceFileWriter::cutBack(int file, int64_t* size, bool verbose) {
     danglingBytesLost = false;
     return true;
   }
-  const tav::os::OsStatus cut = tav::os::truncateFile(file, static_cast<uint64_t>(*size - dangling));
+  const tav::os::OsStatus cut =
+      tav::os::truncateFile(file, static_cast<uint64_t>(*size - dangling));
   if (!cut.ok()) {
     if (verbose) {
       report("could not cut back: %s (errno: %d)", environment.getTraceFileName(), cut.code);

@@ -84,8 +84,12 @@ void TavClTraceInstance::dumpImp(void* context, TavEnTraceDetail detail, uint16_
                                  TavEnTraceDataType type, const char* origin, const char* message,
                                  const void* data, uint64_t size) {
   TavClTraceEnvironment& environment = *static_cast<TavClTraceInstance*>(context)->environment;
-  const TavClTraceFilter& filter = environment.getSettings().getFilter();
+  const TavClTraceSettings& settings = environment.getSettings();
+  const TavClTraceFilter& filter = settings.getFilter();
   if (!filter.matchesDetail(detail) || !filter.matchesCompId(componentId)) return;
-  const TavClTraceEntry entry(environment, detail, componentId, type, origin, message, data, size);
+  // The environment's own functions, named so that they are called directly, not looked up.
+  const TavClTraceEntry entry(environment, settings.isCompressionEnabled(),
+                              environment.TavClTraceEnvironment::getBufferSize(), detail,
+                              componentId, type, origin, message, data, size);
   environment.add(entry);
 }

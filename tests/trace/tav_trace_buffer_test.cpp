@@ -114,7 +114,7 @@ class Ring {
     for (const auto& handOut : log.handOuts) {
       lengths += (lengths.empty() ? "" : " ") + std::to_string(handOut.first.size()) + "+" +
                  std::to_string(handOut.second.size());
-      EXPECT_TRUE(handOut.second.empty() || handOut.secondAddress == control().first);
+      EXPECT_TRUE(handOut.second.empty() || handOut.secondAddress == dataStart());
     }
     return lengths;
   }
@@ -133,7 +133,8 @@ class Ring {
   }
 
   const _TavStTraceBufferControl& control() const { return *manager.getControlBlock(); }
-  uint64_t writeOffset() const { return control().writePosition - control().first; }
+  const uint8_t* dataStart() const { return reinterpret_cast<const uint8_t*>(&memory[6]); }
+  uint64_t writeOffset() const { return control().writePosition - control().firstOffset; }
 
   struct Span {
     uint64_t begin;
@@ -172,31 +173,36 @@ TEST(TraceBuffer, ControlBlockAtTheStartOfTheMemory) {
   const auto* bytes = reinterpret_cast<const char*>(ring.memory.data());
   EXPECT_EQ(std::string(bytes, 4), "TAVT");
   EXPECT_EQ(ring.memory[1], 100u);  // capacity
-  // First and last data byte, hand-out mark and write position.
-  const auto data = reinterpret_cast<uint64_t>(bytes + 48);
+  // First and last data byte, hand-out mark and write position, as offsets in the memory.
   EXPECT_EQ(std::vector<uint64_t>(&ring.memory[2], &ring.memory[6]),
-            (std::vector<uint64_t>{data, data + 99, data, data}));
+            (std::vector<uint64_t>{48, 147, 48, 48}));
+  ring.write(30);
+  EXPECT_EQ(ring.memory[5], 78u);
 }
 
 // Scripts run on a ring of 100 bytes: "wN" writes a record of N bytes, "f" flushes and "c"
-// installs the callback. After each, the hand-outs put together are the records written, and
-// a second piece, where there is one, comes from the start of the ring.
+// installs the callback. After each, the hand-outs put together are the records written (but
+// those given up while there was no callback), and a second piece, where there is one, comes
+// from the start of the ring.
 TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
   const struct {
     const char* name;
     const char* script;
     const char* handOuts;  // the lengths of each hand-out's two pieces
     uint64_t writeOffset;
+    size_t givenUp;  // bytes written before the callback that it never sees
   } cases[] = {
-      // The hand-out mark then stands one past the end: the next hand-out is an empty piece
-      // there and the new record from the start of the ring.
-      {"a record fills the ring exactly", "c w60 w40 w30 f", "100+0 0+30", 30},
-      {"a record crosses the end inside the header", "c w90 w30 f", "100+0 0+20", 20},
-      {"a record crosses the end inside the texts", "c w75 w40 f", "100+0 0+15", 15},
-      {"a record crosses the end inside the data", "c w70 w40 f", "100+0 0+10", 10},
-      // Mark and write position are both at the start again: the pending bytes are the ring.
-      {"filled exactly without a callback", "w50 w50 c f", "100+0", 0},
-      {"flushing twice", "c f w30 f f", "30+0", 30},
+      {"records that fit are kept until a flush", "c w30 w30 w30 f", "90+0", 90, 0},
+      {"one byte always stays free", "c w50 w49 f", "99+0", 99, 0},
+      {"a record that would fill the ring hands out first", "c w50 w50 f", "50+0 50+0", 0, 0},
+      {"a record ends exactly at the end", "c w60 w40 w30 f", "60+0 40+30", 30, 0},
+      {"a record crosses the end inside the header", "c w90 w30 f", "90+0 10+20", 20, 0},
+      {"a record crosses the end inside the texts", "c w75 w40 f", "75+0 25+15", 15, 0},
+      {"a record crosses the end inside the data", "c w70 w40 f", "70+0 30+10", 10, 0},
+      // Header and texts 85 bytes, data 65: the ring is handed out when it holds 99 of them.
+      {"a record larger than the ring", "c w150 f", "99+0 1+50", 50, 0},
+      {"without a callback the older records are given up", "w50 w50 c f", "50+0", 0, 50},
+      {"flushing twice", "c f w30 f f", "30+0", 30, 0},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -208,53 +214,115 @@ TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
       if (step[0] == 'w') ring.write(std::stoul(step.substr(1)));
     }
     EXPECT_EQ(ring.handOutLengths(), c.handOuts);
-    EXPECT_EQ(ring.log.all, ring.written);
+    EXPECT_EQ(ring.log.all, ring.written.substr(c.givenUp));
     EXPECT_EQ(ring.writeOffset(), c.writeOffset);
+    EXPECT_EQ(ring.manager.getPendingSize(), 0u);
   }
 }
 
 TEST(TraceBuffer, WithoutACallbackTheOldestBytesAreOverwritten) {
   Ring ring(100, false);
   for (char fill : {'a', 'c', 'e', 'g', 'i'}) ring.write(30, fill);
-  EXPECT_EQ(ring.control().handOutMark, ring.control().first);
+  // The fourth record did not fit: the first three were given up, and the last two are pending.
+  EXPECT_EQ(ring.control().handOutMark, 48u + 90);
   EXPECT_EQ(ring.writeOffset(), 50u);
-  const std::string contents(reinterpret_cast<const char*>(ring.control().first), 100);
+  EXPECT_EQ(ring.manager.getPendingSize(), 60u);
+  const std::string contents(reinterpret_cast<const char*>(ring.dataStart()), 100);
   EXPECT_EQ(contents.substr(0, 50), ring.written.substr(100, 50));
   EXPECT_EQ(contents.substr(50), ring.written.substr(50, 50));
   ring.manager.flush();  // still no callback: nothing to hand out to
   EXPECT_TRUE(ring.log.handOuts.empty());
+  EXPECT_EQ(ring.manager.getPendingSize(), 0u);
 }
 
 TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
   Ring ring(100, false);
   const std::string earlier = ring.write(30);
   TavClTraceBufferManager second(ring.environment, ring.memory.data(), 148);
+  EXPECT_EQ(second.getAttachCheck(), TAV_TRACE_RING_VALID);
   second.setOverflowCallback(&HandOutLog::record, &ring.log);
   const TavClTraceEntry entry(ring.environment, TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_NO_DATA, "",
                               "later", "", 0);
   second.write(entry);
   second.flush();
   EXPECT_EQ(ring.log.all, earlier + recordBytes(entry));
+  EXPECT_EQ(ring.manager.getPendingSize(), 0u);  // the flush moved the mark for both
 
-  // A block that does not describe the memory it lies in is not trusted.
-  uint64_t wrongCapacity = 1000;
-  std::memcpy(reinterpret_cast<uint8_t*>(ring.memory.data()) + 8, &wrongCapacity, 8);
-  TavClTraceBufferManager third(ring.environment, ring.memory.data(), 148);
-  EXPECT_EQ(third.getControlBlock()->capacity, 100u);
-  EXPECT_EQ(third.getControlBlock()->writePosition, third.getControlBlock()->first);
+  // The same bytes at another address, as another process maps them, are the same ring.
+  ring.write(40, 'x');
+  std::vector<uint64_t> copy(ring.memory);
+  TavClTraceBufferManager elsewhere(ring.environment, copy.data(), 148);
+  HandOutLog log;
+  elsewhere.setOverflowCallback(&HandOutLog::record, &log);
+  elsewhere.flush();
+  EXPECT_EQ(log.all, ring.written.substr(30));
+}
+
+// Each row spoils one field of a valid ring's control block. The check names the field, a
+// manager that may start empty does so, and one that only attaches leaves the memory alone.
+TEST(TraceBuffer, ACorruptControlBlockIsRefusedWithItsReason) {
+  const struct {
+    const char* name;
+    size_t word;  // the 8-byte word of the control block to set
+    uint64_t value;
+    TavEnTraceRingCheck expected;
+    const char* reason;
+  } cases[] = {
+      {"foreign magic", 0, 0x474F4C, TAV_TRACE_RING_NO_MAGIC, "holds no trace ring"},
+      {"capacity of other memory", 1, 1000, TAV_TRACE_RING_BAD_CAPACITY, "capacity"},
+      {"first byte elsewhere", 2, 0, TAV_TRACE_RING_BAD_BOUNDS, "data bytes"},
+      {"last byte past the end", 3, 148, TAV_TRACE_RING_BAD_BOUNDS, "data bytes"},
+      {"mark inside the control block", 4, 47, TAV_TRACE_RING_BAD_HAND_OUT_MARK, "hand-out mark"},
+      {"mark at the end", 4, 148, TAV_TRACE_RING_BAD_HAND_OUT_MARK, "hand-out mark"},
+      {"write position far away", 5, uint64_t{1} << 40, TAV_TRACE_RING_BAD_WRITE_POSITION,
+       "write position"},
+      {"write position before the data", 5, 0, TAV_TRACE_RING_BAD_WRITE_POSITION, "write position"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    Ring ring(100, false);
+    ring.write(30);
+    EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.memory.data(), 148), TAV_TRACE_RING_VALID);
+    ring.memory[c.word] = c.value;
+    const std::vector<uint64_t> spoilt(ring.memory);
+    EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.memory.data(), 148), c.expected);
+    EXPECT_NE(std::string(TavClTraceBufferManager::describeRingCheck(c.expected)).find(c.reason),
+              std::string::npos);
+
+    TavClTraceBufferManager attached(ring.environment, ring.memory.data(), 148, nullptr,
+                                     TAV_TRACE_RING_ATTACH_ONLY);
+    EXPECT_EQ(attached.getAttachCheck(), c.expected);
+    EXPECT_EQ(attached.getControlBlock(), nullptr);
+    attached.write(TavClTraceEntry(ring.environment, TAV_TRACE_DETAIL_LOW, 0,
+                                   TAV_TRACE_TYPE_NO_DATA, "", "dropped", "", 0));
+    attached.flush();
+    EXPECT_EQ(attached.getPendingSize(), 0u);
+    EXPECT_EQ(ring.memory, spoilt);
+
+    TavClTraceBufferManager restarted(ring.environment, ring.memory.data(), 148);
+    EXPECT_EQ(restarted.getAttachCheck(), c.expected);
+    EXPECT_EQ(std::vector<uint64_t>(&ring.memory[1], &ring.memory[6]),
+              (std::vector<uint64_t>{100, 48, 147, 48, 48}));
+  }
 }
 
 TEST(TraceBuffer, MemoryTooSmallOrMisalignedIsHandledSafely) {
   TestTraceEnvironment environment(false, 100);
   const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_NO_DATA, "",
                               "text", "", 0);
-  uint64_t small[6] = {};
-  TavClTraceBufferManager none(environment, small, sizeof(small));  // no byte for data
+  uint64_t small[7] = {};
+  TavClTraceBufferManager none(environment, small, 49);  // one data byte, which must stay free
   EXPECT_EQ(none.getControlBlock(), nullptr);
+  EXPECT_EQ(none.getAttachCheck(), TAV_TRACE_RING_TOO_SMALL);
   none.write(entry);
   none.flush();
+  EXPECT_EQ(TavClTraceBufferManager::checkRing(small, 49), TAV_TRACE_RING_TOO_SMALL);
+  EXPECT_EQ(TavClTraceBufferManager::checkRing(nullptr, 1000), TAV_TRACE_RING_TOO_SMALL);
   TavClTraceBufferManager null(environment, nullptr, 1000);
   null.write(entry);
+  TavClTraceBufferManager smallest(environment, small, 50);
+  ASSERT_NE(smallest.getControlBlock(), nullptr);
+  EXPECT_EQ(smallest.getControlBlock()->capacity, 2u);
 
   std::vector<uint64_t> memory(32);
   auto* unaligned = reinterpret_cast<uint8_t*>(memory.data()) + 3;
@@ -262,6 +330,53 @@ TEST(TraceBuffer, MemoryTooSmallOrMisalignedIsHandledSafely) {
   ASSERT_NE(shifted.getControlBlock(), nullptr);
   EXPECT_EQ(reinterpret_cast<const uint8_t*>(shifted.getControlBlock()), unaligned + 5);
   EXPECT_EQ(shifted.getControlBlock()->capacity, 200u - 5 - 48);
+  EXPECT_EQ(TavClTraceBufferManager::checkRing(unaligned, 200), TAV_TRACE_RING_VALID);
+  EXPECT_EQ(TavClTraceBufferManager::checkRing(unaligned - 3, 203), TAV_TRACE_RING_NO_MAGIC);
+}
+
+// A lock handed in by the owner guards every access instead of the key's own, and a holder that
+// died is answered by checking the ring before it is used.
+class ScriptedLock : public TavClTraceBufferLock {
+ public:
+  TavEnTraceLockState lock() override {
+    ++locks;
+    EXPECT_FALSE(held);
+    held = true;
+    const bool dead = holderDied;
+    holderDied = false;
+    return dead ? TAV_TRACE_LOCK_ACQUIRED_FROM_DEAD_HOLDER : TAV_TRACE_LOCK_ACQUIRED;
+  }
+  void unlock() override {
+    EXPECT_TRUE(held);
+    held = false;
+  }
+  int locks = 0;
+  bool held = false;
+  bool holderDied = false;
+};
+
+TEST(TraceBuffer, AHandedInLockGuardsTheRingAndADeadHolderIsChecked) {
+  TestTraceEnvironment environment(false, 100);
+  std::vector<uint64_t> memory(148 / 8 + 1);
+  ScriptedLock lock;
+  TavClTraceBufferManager manager(environment, memory.data(), 148, &lock);
+  const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_NO_DATA, "",
+                              "text", "", 0);
+  manager.write(entry);
+  manager.flush();
+  manager.write(entry);
+  EXPECT_EQ(manager.getPendingSize(), entry.getHeaderSize());
+  EXPECT_EQ(lock.locks, 5);  // attaching, two writes, the flush and the question
+  EXPECT_FALSE(lock.held);
+
+  // A block left whole by the dead holder is kept ...
+  lock.holderDied = true;
+  EXPECT_EQ(manager.getPendingSize(), entry.getHeaderSize());
+  // ... one it left spoilt is started afresh.
+  memory[5] = 7;
+  lock.holderDied = true;
+  EXPECT_EQ(manager.getPendingSize(), 0u);
+  EXPECT_EQ(TavClTraceBufferManager::checkRing(memory.data(), 148), TAV_TRACE_RING_VALID);
 }
 
 TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
@@ -269,7 +384,7 @@ TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
   for (int round = 0; round < 300; ++round) {
     // Some rings are smaller than a record's header and texts, which then go round the ring
     // more than once.
-    const uint64_t capacity = round % 10 == 0 ? 1 + random() % 30 : 30 + random() % 300;
+    const uint64_t capacity = round % 10 == 0 ? 2 + random() % 30 : 30 + random() % 300;
     SCOPED_TRACE(testing::Message() << "round " << round << ", capacity " << capacity);
     Ring ring(capacity);
     for (int record = 0; record < 40; ++record) {
@@ -310,27 +425,27 @@ TEST(TraceFileWriter, AFailedWriteIsReportedAndLeavesOnlyWholeRecords) {
   std::ofstream(ring.fileName, std::ios::binary) << "earlier";
   tav::test::ReportCapture reports;
   for (int record = 0; record < 4; ++record) ring.write(30);
-  // The first hand-out held records 0 to 2 and the first 10 bytes of record 3. The second is
-  // made to fail after 25 bytes: it held the rest of 3, records 4 and 5 and the start of 6.
+  // Record 3 does not fit behind records 0 to 2, which are handed out. The second hand-out,
+  // records 3 to 5 in two pieces of 10 and 80 bytes, is made to fail 25 bytes into its second.
   ring.writer.allowance = [](uint64_t) { return 25; };
   for (int record = 4; record < 7; ++record) ring.write(30);
   const std::string writing = "[TAV: TRACE: writing file: " + ring.fileName + "]\n";
   EXPECT_EQ(reports.take(), writing + "[TAV: TRACE: file exists with size: 7]\n" +
-                                "[TAV: TRACE: bytes written: 100 file status: 0]\n" + writing +
-                                "[TAV: TRACE: file exists with size: 107]\n" +
+                                "[TAV: TRACE: bytes written: 90 file status: 0]\n" + writing +
+                                "[TAV: TRACE: file exists with size: 97]\n" +
                                 "[TAV: TRACE: could not write: " + ring.fileName +
                                 " (errno: " + std::to_string(ENOSPC) + ")]\n" +
                                 "[TAV: TRACE: file cut back to size: 97]\n" +
-                                "[TAV: TRACE: bytes written: 25 file status: 0]\n");
+                                "[TAV: TRACE: bytes written: 35 file status: 0]\n");
   EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.written.substr(0, 90));
 
-  // The rest of record 6 is not written after the cut; record 7 is.
+  // Records 6 and 7, handed out later, are written.
   ring.writer.allowance = nullptr;
   ring.environment.verbose = false;
   ring.write(30);
   ring.manager.flush();
   EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.kept());
-  EXPECT_EQ(ring.kept(), ring.written.substr(0, 90) + ring.written.substr(210));
+  EXPECT_EQ(ring.kept(), ring.written.substr(0, 90) + ring.written.substr(180));
 }
 
 // Without verbose, failures are not reported at all.

@@ -115,7 +115,7 @@ namespace {
 const char* const kTraceSuffixes[] = {"_TRACE_ACTIVE",    "_TRACE_DETAIL",    "_TRACE_AUTOSAVE",
                                       "_TRACE_AUTOFLUSH", "_TRACE_AUTOCLEAR", "_TRACE_COMPRESS",
                                       "_TRACE_COMPSET",   "_TRACE_BUFSIZE",   "_TRACE_FILE",
-                                      "_TRACE_FORMAT",    "_TRACE_VERBOSE"};
+                                      "_TRACE_FORMAT",    "_TRACE_VERBOSE",   "_TRACE_SHARED"};
 
 }  // namespace
 

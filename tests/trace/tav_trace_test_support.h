@@ -69,7 +69,7 @@ bool operator==(const RecordRead& left, const RecordRead& right);
 std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,
                                     const std::string& bytes, bool* endsOnRecord);
 
-// Clears the eleven trace variables of a key for the lifetime of the object, and sets the ones
+// Clears the twelve trace variables of a key for the lifetime of the object, and sets the ones
 // a test names; all are removed again at the end.
 class ScopedTraceVariables {
  public:

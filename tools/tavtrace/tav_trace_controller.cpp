@@ -37,6 +37,10 @@ constexpr unsigned long kMessageFileCorrupted = 199;
 // The console's own "Invalid value specified".
 constexpr unsigned long kConsoleTextInvalidValue = 30;
 
+// The message catalog has no room for the tool's one message about shared rings: it is kept
+// here, in English.
+constexpr char kSharedRingRefused[] = "Shared trace buffer refused";
+
 // Actions the usage string does not show: tagged at the end of its last line, and hidden by
 // the console, yet accepted.
 constexpr char kHiddenActions[] = "![-init] [-dump] [-reset]";
@@ -182,6 +186,7 @@ int TavClTraceController::runActions() {
   int code = kExitOk;
   if (reset) code = removeTraceFile();
   if (code == kExitOk && init) code = createTraceFile();
+  if (code == kExitOk && dump) code = saveSharedRing();
   if (code == kExitOk && dump) code = dumpTraceFile();
   if (code == kExitOk && display) code = formatTraceFile();
   if (output != nullptr) std::fflush(output);
@@ -211,6 +216,21 @@ int TavClTraceController::createTraceFile() {
     return fail(kExitCouldNotInitialize, kMessageCouldNotInitialize, traceFile.c_str());
   }
   std::fclose(file);
+  return kExitOk;
+}
+
+// The flight recorder: a program that traces into a shared ring may have died with records in
+// it; they go to its trace file now, and only once however often the dump runs.
+int TavClTraceController::saveSharedRing() {
+  if (const char* problem = environment->getSharedRingProblem()) {
+    console.writeHeaderLine(error, TAV_CONSOLE_TEXT_FATAL_HEADER);
+    const std::string reason =
+        problem + std::string(" (") + environment->getSharedRingFileName() + ")";
+    console.writeMessageLine(error, kSharedRingRefused, reason.c_str());
+    return kExitSharedRingRefused;
+  }
+  // Saving makes the trace file when the program never wrote it; without a ring it does nothing.
+  environment->saveSharedRing();
   return kExitOk;
 }
 

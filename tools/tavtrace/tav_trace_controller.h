@@ -3,9 +3,9 @@
 //
 // The tool's command line is checked by the console object against the usage string of message
 // 151 (with the "-init", "-dump" and "-reset" actions tagged, and so hidden, at its end) and
-// explained by the help text of message 152. The console ends the process itself for command-line faults (201 to
-// 204). Everything else is decided here and returned as the exit code, so that a test can run
-// the whole tool in its own process:
+// explained by the help text of message 152. The console ends the process itself for command-line
+// faults (201 to 204). Everything else is decided here and returned as the exit code, so that a
+// test can run the whole tool in its own process:
 //
 //   0  success
 //   1  the file named by -file does not exist                "Specified trace file not found"
@@ -23,12 +23,16 @@
 //                                                            unexpected end-of-file"
 //   7  a record's data does not fit its type                 "Trace file corrupted: invalid
 //                                                            data found"
+//   8  -dump found the key's shared ring, but its memory is not a ring (a corrupt or foreign
+//      mapping), or the system refused to map it      "Shared trace buffer refused"
 //   204  a filter or format value the tool cannot use (an empty -format, a -fpid or -ftid that
 //        is not a 32-bit number, a -fdetail that is no level, a -fcompids with other characters
 //        than digits and ".*-+,")                            "Invalid value specified"
 //
 // Actions, in this order: "-reset" removes the trace file, "-init" creates it empty, "-dump"
-// shows its bytes in hexadecimal, "-display" formats it (as text, or with "-format chrome" as
+// first saves what the key's shared ring (see _TRACE_SHARED) holds and no earlier dump or
+// hand-out has saved, appending it to the trace file, and then shows the file's bytes in
+// hexadecimal, "-display" formats it (as text, or with "-format chrome" as
 // trace-event JSON for a timeline viewer). The status display comes when no action is given,
 // and first of all with "-verbose".
 
@@ -54,6 +58,7 @@ class TavClTraceController {
     kExitCouldNotOpen = 5,
     kExitUnexpectedEof = 6,
     kExitFileCorrupted = 7,
+    kExitSharedRingRefused = 8,
     kExitInvalidValue = 204
   };
 
@@ -78,6 +83,7 @@ class TavClTraceController {
   int locateTraceFile(bool mustExist);
   int removeTraceFile();
   int createTraceFile();
+  int saveSharedRing();
   int dumpTraceFile();
   int formatTraceFile();
   void configureFormatter(TavClTraceFormatter& formatter) const;

@@ -1,0 +1,425 @@
+// The trace ring in shared memory and the flight recorder: programs started as children trace
+// numbered records into a shared ring, one of them killed at a random point, and the trace
+// controller's dump action saves what the ring still holds. Also: two processes tracing into
+// one ring, a second dump adding nothing, and mappings that are not a ring refused.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <random>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "../../src/trace/tav_trace_shared_os.h"
+#include "tav_console.h"
+#include "tav_environment.h"
+#include "tav_file.h"
+#include "tav_filename.h"
+#include "tav_process.h"
+#include "tav_report_capture.h"
+#include "tav_test_self_child.h"
+#include "tav_trace.h"
+#include "tav_trace_controller.h"
+#include "tav_trace_test_support.h"
+
+namespace {
+
+using tav::test::ScopedTraceVariables;
+using tav::trace::SharedRingMapping;
+using testing::HasSubstr;
+
+// The trace key, its own to each run of the test program so that runs at the same time use
+// rings of their own; children are told the parent's.
+const std::string kKeyStem = "tavflight";
+std::string traceKey = kKeyStem + std::to_string(TavClProcessProperty().getId());
+constexpr char kRoleVariable[] = "TAV_TRACE_TEST_TRACER";
+constexpr uint16_t kComponent = 7;
+
+// What a tracing child does after its last record.
+enum class Then : char { kExit = 'x', kWait = 'w' };
+
+// The role's text: "<key>|<progress file>|<tag><then>|<records, 0 for no end>".
+std::string tracerRole(const std::string& progressFile, char tag, uint32_t records, Then then) {
+  return traceKey + "|" + progressFile + "|" + tag + static_cast<char>(then) + "|" +
+         std::to_string(records);
+}
+
+// The progress file: the number of the last record whose trace call returned, and the signal
+// that lets the children start.
+struct Progress {
+  std::atomic<uint64_t> done;
+  std::atomic<uint64_t> go;
+};
+
+std::string lockNameOf(const std::string& path) {
+  return tav::trace::sharedRingLockName(path.substr(path.find_last_of("/\\") + 1).c_str());
+}
+
+// The child's role: once the parent says go, traces records numbered from 1 under the key, each
+// a UINT32 with the tag as its message, and stores the number of every record whose trace call
+// has returned in the progress file. After the last record it ends with exit code 0, flushing
+// the ring as a program does, or waits to be killed without flushing.
+const bool tracesAsChild = [] {
+  const char* role = std::getenv(kRoleVariable);
+  if (role == nullptr) return false;
+  const std::string text = role;
+  const size_t keyBar = text.find('|');
+  traceKey = text.substr(0, keyBar);
+  const size_t firstBar = text.find('|', keyBar + 1);
+  const std::string progressFile = text.substr(keyBar + 1, firstBar - keyBar - 1);
+  const char tag[2] = {text[firstBar + 1], '\0'};
+  const Then then = static_cast<Then>(text[firstBar + 2]);
+  const auto records =
+      static_cast<uint32_t>(std::strtoul(text.c_str() + firstBar + 4, nullptr, 10));
+  SharedRingMapping progress;
+  if (progress.attach(progressFile.c_str(), lockNameOf(progressFile).c_str()) !=
+      SharedRingMapping::Status::kOk) {
+    std::_Exit(3);
+  }
+  auto& shared = *reinterpret_cast<Progress*>(progress.getRingMemory());
+  tavTraceCreateInstance(traceKey.c_str(), nullptr);
+  if (!TAV_TRACE_IS_ENABLED()) std::_Exit(4);
+  // A child whose parent gave up on it ends by itself after a minute.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  const auto late = [deadline] { return std::chrono::steady_clock::now() > deadline; };
+  while (shared.go.load(std::memory_order_acquire) == 0) {
+    if (late()) std::_Exit(5);
+    std::this_thread::yield();
+  }
+  for (uint32_t number = 1; records == 0 || number <= records; ++number) {
+    if (records == 0 && number % 1024 == 0 && late()) std::_Exit(5);
+    tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", tag, &number,
+                 sizeof number);
+    shared.done.store(number, std::memory_order_release);
+  }
+  while (then == Then::kWait && !late())
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  tavTraceDeleteInstance();
+  std::_Exit(0);
+}();
+
+struct ToolRun {
+  int code;
+  std::string out, err;
+};
+
+std::string readBack(FILE* file) {
+  std::fflush(file);
+  std::string text(static_cast<size_t>(std::ftell(file)), '\0');
+  std::rewind(file);
+  text.resize(std::fread(&text[0], 1, text.size(), file));
+  return text;
+}
+
+// Runs "tavtrace -key tavflight" with the arguments in this process.
+ToolRun runTool(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), {"prog", "-key", traceKey});
+  std::vector<const char*> argv;
+  for (const std::string& argument : arguments) argv.push_back(argument.c_str());
+  std::unique_ptr<FILE, int (*)(FILE*)> output(std::tmpfile(), std::fclose);
+  std::unique_ptr<FILE, int (*)(FILE*)> error(std::tmpfile(), std::fclose);
+  TavClConsoleUI console(static_cast<int>(argv.size()), argv.data());
+  console.getParams().redirectStreams(output.get(), error.get());
+  const int code = TavClTraceController(console).run();
+  TavClTraceInstance::deleteInstance();
+  return {code, readBack(output.get()), readBack(error.get())};
+}
+
+class FlightRecorder : public testing::Test {
+ protected:
+  void SetUp() override {
+    TavClConsoleUI::useBuiltInStringTable(true);
+    ringFile = tav::trace::sharedRingFileName(
+        tavGetTmpDirectory(),
+        TavClResourceKeySemaphore(traceKey.c_str(), TavClTraceEnvironmentABase::kDefaultInstance)
+            .getKey());
+    SharedRingMapping::removeFile(ringFile.c_str());
+    variables.set("_TRACE_ACTIVE", "on");
+    variables.set("_TRACE_SHARED", "on");
+    variables.set("_TRACE_BUFSIZE", "4");  // a small ring, handed out to the file many times
+    variables.set("_TRACE_FILE", traceFile.c_str());
+    ASSERT_EQ(progress.create(progressFile.c_str(), lockNameOf(progressFile).c_str(), 64),
+              SharedRingMapping::Status::kOk);
+  }
+  void TearDown() override {
+    TavClConsoleUI::useBuiltInStringTable(false);
+    SharedRingMapping::removeFile(ringFile.c_str());
+    std::remove(traceFile.c_str());
+  }
+
+  Progress& shared() const { return *reinterpret_cast<Progress*>(progress.getRingMemory()); }
+  uint64_t recordsDone() const { return shared().done.load(std::memory_order_acquire); }
+  void letChildrenGo() const { shared().go.store(1, std::memory_order_release); }
+
+  // Waits until the children have traced records between them.
+  bool waitForRecords(uint64_t records) const {
+    for (int waited = 0; recordsDone() < records && waited < 30000; waited += 1) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return recordsDone() >= records;
+  }
+
+  // The numbers of the tag's records in the trace file, in file order; checks that the file
+  // holds whole records only up to *wholeUntil bytes.
+  std::vector<uint32_t> numbersIn(char tag, bool* endsOnRecord) const {
+    tav::test::TestTraceEnvironment environment(true, 4096 - 48);
+    std::vector<uint32_t> numbers;
+    for (const tav::test::RecordRead& record :
+         tav::test::readRecords(environment, tav::test::readFileBytes(traceFile), endsOnRecord)) {
+      if (record.message != std::string(1, tag)) continue;
+      EXPECT_EQ(record.type, TAV_TRACE_TYPE_UINT32);
+      EXPECT_EQ(record.componentId, kComponent);
+      EXPECT_EQ(record.origin, "child");
+      uint32_t number = 0;
+      if (record.data.size() == sizeof number) std::memcpy(&number, record.data.data(), 4);
+      numbers.push_back(number);
+    }
+    return numbers;
+  }
+
+  ScopedTraceVariables variables{"TAVFLIGHT" + traceKey.substr(kKeyStem.size())};
+  std::string ringFile;
+  const std::string traceFile = tav::test::scratchFileName("flight");
+  const std::string progressFile = tav::test::scratchFileName("flight-progress");
+  SharedRingMapping progress;
+};
+
+// Numbers 1, 2, 3, ... without a gap, as one process traces them.
+void expectCountingFromOne(const std::vector<uint32_t>& numbers) {
+  for (size_t i = 0; i < numbers.size(); ++i) {
+    ASSERT_EQ(numbers[i], i + 1) << "record " << i << " of " << numbers.size();
+  }
+}
+
+TEST_F(FlightRecorder, AProgramKilledWhileTracingLosesNoFinishedRecord) {
+  std::mt19937 random{std::random_device{}()};
+  const uint64_t killAfter = std::uniform_int_distribution<uint64_t>(50, 5000)(random);
+  SCOPED_TRACE("killed after record " + std::to_string(killAfter));
+  const uint32_t child = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'k', 0, Then::kWait).c_str());
+  ASSERT_NE(child, 0u);
+  letChildrenGo();
+  waitForRecords(killAfter);
+  ASSERT_TRUE(tav::test::killChild(child));
+  const uint64_t done = recordsDone();
+  ASSERT_GE(done, killAfter) << "the child did not trace in time";
+
+  const ToolRun dump = runTool({"-dump"});
+  EXPECT_EQ(dump.code, 0) << dump.err;
+  bool endsOnRecord = false;
+  const std::vector<uint32_t> numbers = numbersIn('k', &endsOnRecord);
+  // The record under way when the child died may be there as well, or a part of it.
+  EXPECT_GE(numbers.size(), done);
+  EXPECT_LE(numbers.size(), done + 1);
+  expectCountingFromOne(numbers);
+
+  // What is saved is saved once.
+  const std::string saved = tav::test::readFileBytes(traceFile);
+  EXPECT_EQ(runTool({"-dump"}).code, 0);
+  EXPECT_EQ(tav::test::readFileBytes(traceFile), saved);
+}
+
+TEST_F(FlightRecorder, TwoProcessesTraceIntoOneRing) {
+  constexpr uint32_t kRecords = 3000;
+  const uint32_t first = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'a', kRecords, Then::kExit).c_str());
+  const uint32_t second = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'b', kRecords, Then::kExit).c_str());
+  ASSERT_NE(first, 0u);
+  ASSERT_NE(second, 0u);
+  // Both are ready before either starts, so that their records meet in the ring.
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  letChildrenGo();
+  int exitCode = -1;
+  ASSERT_TRUE(tav::test::waitForChildExit(first, 60000, &exitCode));
+  EXPECT_EQ(exitCode, 0);
+  ASSERT_TRUE(tav::test::waitForChildExit(second, 60000, &exitCode));
+  EXPECT_EQ(exitCode, 0);
+
+  // Both wrote their last records out when they ended: the dump finds nothing left.
+  const std::string written = tav::test::readFileBytes(traceFile);
+  EXPECT_EQ(runTool({"-dump"}).code, 0);
+  EXPECT_EQ(tav::test::readFileBytes(traceFile), written);
+  for (const char tag : {'a', 'b'}) {
+    SCOPED_TRACE(std::string("tag ") + tag);
+    bool endsOnRecord = false;
+    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
+    EXPECT_TRUE(endsOnRecord);
+    EXPECT_EQ(numbers.size(), kRecords);
+    expectCountingFromOne(numbers);
+  }
+}
+
+TEST_F(FlightRecorder, RecordsOfProcessesThatDiedBeforeAnyHandOutAreAllSaved) {
+  // Fewer records than the ring holds: neither child ever wrote to the trace file.
+  constexpr uint32_t kRecords = 40;
+  const uint32_t first = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'c', kRecords, Then::kWait).c_str());
+  ASSERT_NE(first, 0u);
+  letChildrenGo();
+  ASSERT_TRUE(waitForRecords(kRecords));
+  const uint32_t second = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'd', kRecords * 2, Then::kWait).c_str());
+  ASSERT_NE(second, 0u);
+  ASSERT_TRUE(waitForRecords(kRecords * 2));
+  ASSERT_TRUE(tav::test::killChild(first));
+  ASSERT_TRUE(tav::test::killChild(second));
+  EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
+
+  const ToolRun dump = runTool({"-dump"});
+  EXPECT_EQ(dump.code, 0) << dump.err;
+  for (const auto& [tag, records] :
+       {std::pair<char, uint32_t>{'c', kRecords}, {'d', kRecords * 2}}) {
+    SCOPED_TRACE(std::string("tag ") + tag);
+    bool endsOnRecord = false;
+    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
+    EXPECT_TRUE(endsOnRecord);
+    EXPECT_EQ(numbers.size(), records);
+    expectCountingFromOne(numbers);
+  }
+}
+
+TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
+  // Five records wait in the ring, and a writer died handing them out after writing a part of
+  // them to the file, as its journal entry tells: the mark and the file size before.
+  {
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+    for (uint32_t number = 1; number <= 5; ++number) {
+      program.add(TavClTraceEntry(program, TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32,
+                                  "child", "j", &number, sizeof number));
+    }
+    SharedRingMapping ring;
+    ASSERT_EQ(ring.attach(ringFile.c_str(), lockNameOf(ringFile).c_str()),
+              SharedRingMapping::Status::kOk);
+    const auto& control = *reinterpret_cast<const _TavStTraceBufferControl*>(ring.getRingMemory());
+    // The journal's layout in the ring file: mark, file size before, FNV-1a of the file name.
+    uint64_t nameHash = 14695981039346656037u;
+    for (const char c : traceFile)
+      nameHash = (nameHash ^ static_cast<unsigned char>(c)) * 1099511628211u;
+    const uint64_t journal[3] = {control.handOutMark, 0, nameHash};
+    std::memcpy(ring.getJournal(), journal, sizeof journal);
+    FILE* file = std::fopen(traceFile.c_str(), "wb");
+    ASSERT_NE(file, nullptr);
+    std::fwrite(ring.getRingMemory() + control.handOutMark, 1, 30, file);
+    std::fclose(file);
+  }  // the program's final flush is the next hand-out, and finds the journal
+  EXPECT_EQ(runTool({"-dump"}).code, 0);
+  bool endsOnRecord = false;
+  const std::vector<uint32_t> numbers = numbersIn('j', &endsOnRecord);
+  EXPECT_TRUE(endsOnRecord);
+  EXPECT_EQ(numbers.size(), 5u);
+  expectCountingFromOne(numbers);
+}
+
+TEST_F(FlightRecorder, TheSharedRingShowsInTheVerboseReportAndTheStatus) {
+  variables.set("_TRACE_VERBOSE", "on");
+  tav::test::ReportCapture capture;
+  {
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+    EXPECT_TRUE(program.usesSharedMemory());
+    EXPECT_EQ(program.getSharedRingProblem(), nullptr);
+    EXPECT_STREQ(program.getSharedRingFileName(), ringFile.c_str());
+  }
+  EXPECT_THAT(capture.take(), HasSubstr("[TAV: TRACE: sharedMemory: on]\n"));
+  variables.set("_TRACE_VERBOSE", nullptr);
+  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: YES"));
+
+  // Without the variable the same ring file is left alone.
+  variables.set("_TRACE_SHARED", nullptr);
+  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: NO"));
+  TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+  EXPECT_FALSE(program.usesSharedMemory());
+  EXPECT_EQ(program.getSharedRingFileName(), nullptr);
+}
+
+TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
+  struct Row {
+    const char* name;
+    size_t offset;  // of the 8 bytes overwritten in the control block
+    uint64_t value;
+    TavEnTraceRingCheck check;
+  } const rows[] = {
+      {"magic", 0, 0x5858585858585858u, TAV_TRACE_RING_NO_MAGIC},
+      {"capacity", 8, 1u << 20, TAV_TRACE_RING_BAD_CAPACITY},
+      {"first data byte", 16, 0, TAV_TRACE_RING_BAD_BOUNDS},
+      {"hand-out mark", 32, 4096, TAV_TRACE_RING_BAD_HAND_OUT_MARK},
+      {"write position", 40, 7, TAV_TRACE_RING_BAD_WRITE_POSITION},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    SharedRingMapping::removeFile(ringFile.c_str());
+    TavClTraceEnvironment(traceKey.c_str(), nullptr, false);  // makes a valid, empty ring
+    SharedRingMapping ring;
+    ASSERT_EQ(ring.attach(ringFile.c_str(), lockNameOf(ringFile).c_str()),
+              SharedRingMapping::Status::kOk);
+    std::memcpy(ring.getRingMemory() + row.offset, &row.value, sizeof row.value);
+    const std::string before(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize());
+
+    const ToolRun dump = runTool({"-dump"});
+    EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
+    EXPECT_THAT(dump.err, HasSubstr(std::string("Shared trace buffer refused: ") +
+                                    TavClTraceBufferManager::describeRingCheck(row.check) + " (" +
+                                    ringFile + ")"));
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize()),
+              before);
+    EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
+
+    // A program that traces starts the ring afresh instead.
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+    EXPECT_TRUE(program.usesSharedMemory());
+    EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.getRingMemory(), ring.getRingSize()),
+              TAV_TRACE_RING_VALID);
+  }
+
+  // A file with no room for a ring behind the lock area.
+  SharedRingMapping::removeFile(ringFile.c_str());
+  FILE* file = std::fopen(ringFile.c_str(), "wb");
+  ASSERT_NE(file, nullptr);
+  const std::string lockArea(SharedRingMapping::kLockAreaSize, '\0');
+  std::fwrite(lockArea.data(), 1, lockArea.size(), file);
+  std::fclose(file);
+  const ToolRun dump = runTool({"-dump"});
+  EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
+  EXPECT_THAT(dump.err, HasSubstr("the memory is too small for a trace ring"));
+}
+
+TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped) {
+  const std::string nowhere = traceFile + ".missing-directory";
+  // The temporary directory is TMP's on both systems. Its old value comes back at the end, even
+  // after a failed assertion, since the C runtime's temporary files need it.
+  struct RestoredTmp {
+    const std::string old = TavClEnvironmentVariableQueryOnly("TMP").hasValue()
+                                ? TavClEnvironmentVariableQueryOnly("TMP").getValue()
+                                : "";
+    ~RestoredTmp() {
+      TavClEnvironmentVariable variable("TMP", old.empty() ? nullptr : old.c_str());
+    }
+  } restored;
+  TavClEnvironmentVariable temporary("TMP", nowhere.c_str());
+  {
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+    EXPECT_FALSE(program.usesSharedMemory());
+    ASSERT_NE(program.getSharedRingProblem(), nullptr);
+    EXPECT_THAT(program.getSharedRingProblem(), HasSubstr("the system refused to map the file"));
+    const uint32_t number = 1;
+    program.add(TavClTraceEntry(program, TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32,
+                                "child", "p", &number, sizeof number));
+  }
+  bool endsOnRecord = false;
+  EXPECT_EQ(numbersIn('p', &endsOnRecord), std::vector<uint32_t>{1});
+}
+
+TEST_F(FlightRecorder, WithoutARingFileTheDumpSavesNothing) {
+  EXPECT_EQ(runTool({"-dump"}).code, TavClTraceController::kExitUnknownKey);
+  EXPECT_FALSE(TavClFile(ringFile.c_str()).isExistent());
+}
+
+}  // namespace
