@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "tav_trace_record_layout.h"
+
 namespace {
 
 constexpr char kMagic[4] = {'T', 'A', 'V', 'T'};
@@ -184,7 +186,7 @@ void TavClTraceBufferManager::write(const TavClTraceEntry& entry) {
   const auto* origin = textsApart ? reinterpret_cast<const uint8_t*>(entry.originText) : header;
   const uint64_t originLength = textsApart ? entry.originTextLength : 0;
   const auto* data = static_cast<const uint8_t*>(entry.dumpData);
-  const uint64_t dataSize = entry.getSizeOfDumpData();
+  const uint64_t dataSize = tav::trace_record::dataSizeOf(header);
   const uint64_t recordSize = entry.headerSize + dataSize;
   RingGuard guard(*this);
   _TavStTraceBufferControl& ring = *control;

@@ -318,6 +318,10 @@ TEST(TraceBuffer, MemoryTooSmallOrMisalignedIsHandledSafely) {
   none.flush();
   EXPECT_EQ(TavClTraceBufferManager::checkRing(small, 49), TAV_TRACE_RING_TOO_SMALL);
   EXPECT_EQ(TavClTraceBufferManager::checkRing(nullptr, 1000), TAV_TRACE_RING_TOO_SMALL);
+  EXPECT_STREQ(TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_TOO_SMALL),
+               "the memory is too small for a trace ring");
+  EXPECT_STREQ(TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_VALID),
+               "the memory holds a valid trace ring");
   TavClTraceBufferManager null(environment, nullptr, 1000);
   null.write(entry);
   TavClTraceBufferManager smallest(environment, small, 50);
