@@ -134,6 +134,9 @@ class TAV_API TavClTraceInstance : public TavClMemoryManagedObject {
 
   [[maybe_unused]] uint32_t reserved[2] = {0, 0};
   TavClTraceEnvironment* environment = nullptr;
+  /* The environment's settings block, which every record consults: kept here so that a record
+   * reaches it in one step rather than through the environment and its settings. */
+  const _TavStTraceSettingsBlock* settingsBlock = nullptr;
   TavPfuTraceDump dumpCallback;
   void* callbackContext;
   /* Atomic so that threads tracing at once never race on it; the level they see is still the

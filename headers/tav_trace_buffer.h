@@ -7,7 +7,7 @@
 //
 //   offset  size  field
 //    0      4     magic "TAVT"
-//    4      4     reserved (0)
+//    4      4     flags: 1 while the pending bytes hold part of a record
 //    8      8     capacity: memory size - 48
 //   16      8     offset of the first data byte (48)
 //   24      8     offset of the last data byte (48 + capacity - 1)
@@ -42,6 +42,9 @@ struct _TavStTraceHandOut {
   uint64_t firstLength;
   const uint8_t* secondPiece;  // null when secondLength is 0
   uint64_t secondLength;
+  // 1 when the pieces are whole records, as they are unless a record larger than the ring is
+  // passing through it; 0 when that is not known.
+  uint32_t wholeRecords;
 };
 
 typedef void (*TavPfuTraceOverflow)(const _TavStTraceHandOut* handOut);
@@ -49,7 +52,7 @@ typedef void (*TavPfuTraceOverflow)(const _TavStTraceHandOut* handOut);
 // The control block at the start of the buffer memory.
 struct _TavStTraceBufferControl {
   char magic[4];
-  uint32_t reserved;
+  uint32_t flags;
   uint64_t capacity;
   uint64_t firstOffset;
   uint64_t lastOffset;
@@ -175,9 +178,10 @@ class TAV_API TavClTraceFileWriter {
 
   // The overflow callback to install on a buffer manager, with the writer as its context.
   static void appendHandOut(const _TavStTraceHandOut* handOut);
-  // Appends the two pieces of one hand-out.
+  // Appends the two pieces of one hand-out. When they are known to be whole records and the
+  // file ends on a record, the records need not be followed through the bytes.
   void append(const uint8_t* firstPiece, uint64_t firstLength, const uint8_t* secondPiece,
-              uint64_t secondLength);
+              uint64_t secondLength, bool wholeRecords = false);
 
  protected:
   // Writes length bytes to the open file. Returns the number written; fewer than length means

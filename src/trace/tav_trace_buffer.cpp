@@ -9,9 +9,14 @@
 #include <cstddef>
 #include <cstring>
 
+#include "tav_trace_record_layout.h"
+
 namespace {
 
 constexpr char kMagic[4] = {'T', 'A', 'V', 'T'};
+// Set while the pending bytes hold part of a record larger than the ring, which passes through
+// the ring in pieces; cleared when they are handed out.
+constexpr uint32_t kPendingPartOfRecord = 1;
 constexpr uint64_t kFirst = TavClTraceBufferManager::kControlBlockSize;
 
 static_assert(sizeof(_TavStTraceBufferControl) == TavClTraceBufferManager::kControlBlockSize,
@@ -138,7 +143,7 @@ void TavClTraceBufferManager::lockSharedRing() {
 
 void TavClTraceBufferManager::startEmpty() {
   std::memcpy(control->magic, kMagic, sizeof(kMagic));
-  control->reserved = 0;
+  control->flags = 0;
   control->capacity = usableSize - kFirst;
   control->firstOffset = kFirst;
   control->lastOffset = usableSize - 1;
@@ -184,7 +189,7 @@ void TavClTraceBufferManager::write(const TavClTraceEntry& entry) {
   const auto* origin = textsApart ? reinterpret_cast<const uint8_t*>(entry.originText) : header;
   const uint64_t originLength = textsApart ? entry.originTextLength : 0;
   const auto* data = static_cast<const uint8_t*>(entry.dumpData);
-  const uint64_t dataSize = entry.getSizeOfDumpData();
+  const uint64_t dataSize = tav::trace_record::dataSizeOf(header);
   const uint64_t recordSize = entry.headerSize + dataSize;
   RingGuard guard(*this);
   _TavStTraceBufferControl& ring = *control;
@@ -227,6 +232,7 @@ void TavClTraceBufferManager::streamIn(const uint8_t* bytes, uint64_t length) {
       room = ring.capacity - 1;
     }
     const uint64_t part = length < room ? length : room;
+    ring.flags |= kPendingPartOfRecord;
     ring.writePosition = copyIn(ring.writePosition, bytes, part);
     bytes += part;
     length -= part;
@@ -244,7 +250,12 @@ void TavClTraceBufferManager::handOut() {
   if (ring.handOutMark == ring.writePosition) return;
   // Without a callback the pending records are given up; the bytes stay until overwritten.
   if (callback != nullptr) {
-    _TavStTraceHandOut pieces{callbackContext, base + ring.handOutMark, 0, nullptr, 0};
+    _TavStTraceHandOut pieces{callbackContext,
+                              base + ring.handOutMark,
+                              0,
+                              nullptr,
+                              0,
+                              (ring.flags & kPendingPartOfRecord) == 0 ? 1u : 0u};
     if (ring.handOutMark < ring.writePosition) {
       pieces.firstLength = ring.writePosition - ring.handOutMark;
     } else {
@@ -255,4 +266,5 @@ void TavClTraceBufferManager::handOut() {
     callback(&pieces);
   }
   ring.handOutMark = ring.writePosition;
+  ring.flags &= ~kPendingPartOfRecord;
 }

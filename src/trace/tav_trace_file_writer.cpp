@@ -53,7 +53,7 @@ void TavClTraceFileWriter::appendHandOut(const _TavStTraceHandOut* handOut) {
   if (handOut == nullptr || handOut->context == nullptr) return;
   static_cast<TavClTraceFileWriter*>(handOut->context)
       ->append(handOut->firstPiece, handOut->firstLength, handOut->secondPiece,
-               handOut->secondLength);
+               handOut->secondLength, handOut->wholeRecords != 0);
 }
 
 uint64_t TavClTraceFileWriter::writeToFile(int fileHandle, const uint8_t* bytes, uint64_t length,
@@ -102,15 +102,22 @@ TavClTraceFileWriter::Boundaries TavClTraceFileWriter::followRecords(const uint8
 }
 
 void TavClTraceFileWriter::append(const uint8_t* firstPiece, uint64_t firstLength,
-                                  const uint8_t* secondPiece, uint64_t secondLength) {
+                                  const uint8_t* secondPiece, uint64_t secondLength,
+                                  bool wholeRecords) {
   if (firstPiece == nullptr) firstLength = 0;
   if (secondPiece == nullptr) secondLength = 0;
   const uint64_t total = firstLength + secondLength;
 
   // Where the records of this hand-out begin and end, as offsets into both pieces together.
+  // Whole records behind a file that ends on a record begin and end on records: the boundaries
+  // are needed only where a hand-out starts or ends inside a record.
   const bool startWasLost = skippingLostRecord;
-  const Boundaries inFirst = followRecords(firstPiece, firstLength);
-  const Boundaries inSecond = followRecords(secondPiece, secondLength);
+  const bool followed =
+      !wholeRecords || headerBytesSeen != 0 || bodyBytesToCome != 0 || skippingLostRecord;
+  const Boundaries inFirst =
+      followed ? followRecords(firstPiece, firstLength) : Boundaries{kNoBoundary, kNoBoundary};
+  const Boundaries inSecond =
+      followed ? followRecords(secondPiece, secondLength) : Boundaries{kNoBoundary, kNoBoundary};
   const uint64_t firstEnd = inFirst.first != kNoBoundary    ? inFirst.first
                             : inSecond.first != kNoBoundary ? firstLength + inSecond.first
                                                             : total;

@@ -44,6 +44,7 @@ void TavClTraceInstance::deleteInstance() {
 TavClTraceInstance::TavClTraceInstance(const char* key, const char* instanceName, bool controller)
     : dumpCallback(&dumpImp), callbackContext(this) {
   environment = new TavClTraceEnvironment(key, instanceName, controller);
+  settingsBlock = &environment->getSettings().getBlock();
 }
 
 TavClTraceInstance::~TavClTraceInstance() {
@@ -83,12 +84,12 @@ void TavClTraceInstance::dumpFunction(TavEnTraceDetail detail, uint16_t componen
 void TavClTraceInstance::dumpImp(void* context, TavEnTraceDetail detail, uint16_t componentId,
                                  TavEnTraceDataType type, const char* origin, const char* message,
                                  const void* data, uint64_t size) {
-  TavClTraceEnvironment& environment = *static_cast<TavClTraceInstance*>(context)->environment;
-  const TavClTraceSettings& settings = environment.getSettings();
-  const TavClTraceFilter& filter = settings.getFilter();
-  if (!filter.matchesDetail(detail) || !filter.matchesCompId(componentId)) return;
-  // The environment's own functions, named so that they are called directly, not looked up.
-  const TavClTraceEntry entry(environment, settings.isCompressionEnabled(),
+  const TavClTraceInstance& instance = *static_cast<TavClTraceInstance*>(context);
+  const _TavStTraceSettingsBlock& settings = *instance.settingsBlock;
+  if (!settings.filter.matchesDetail(detail) || !settings.filter.matchesCompId(componentId)) return;
+  TavClTraceEnvironment& environment = *instance.environment;
+  // The environment's own function, named so that it is called directly, not looked up.
+  const TavClTraceEntry entry(environment, (settings.flags & TavClTraceSettings::kCompression) != 0,
                               environment.TavClTraceEnvironment::getBufferSize(), detail,
                               componentId, type, origin, message, data, size);
   environment.add(entry);

@@ -32,6 +32,7 @@ struct HandOutLog {
     std::string first;
     std::string second;
     const uint8_t* secondAddress;
+    uint32_t wholeRecords;
   };
   std::vector<HandOut> handOuts;
   std::string all;
@@ -43,7 +44,8 @@ struct HandOutLog {
     const auto* second = reinterpret_cast<const char*>(handOut.secondPiece);
     handOuts.push_back(
         {std::string(reinterpret_cast<const char*>(handOut.firstPiece), handOut.firstLength),
-         std::string(second, second ? handOut.secondLength : 0), handOut.secondPiece});
+         std::string(second, second ? handOut.secondLength : 0), handOut.secondPiece,
+         handOut.wholeRecords});
     all += handOuts.back().first + handOuts.back().second;
   }
 };
@@ -119,6 +121,13 @@ class Ring {
     return lengths;
   }
 
+  // Whether each hand-out was announced as whole records ("10": the first was, the second not).
+  std::string wholeRecordHints() const {
+    std::string hints;
+    for (const auto& handOut : log.handOuts) hints += handOut.wholeRecords != 0 ? '1' : '0';
+    return hints;
+  }
+
   // The records that no failed hand-out touched: what the file must hold.
   std::string kept() const {
     std::string bytes;
@@ -162,7 +171,7 @@ class Ring {
     ring->environment.fileName = cannotOpen ? ring->missingName : ring->fileName;
     ring->writer.failed = false;
     ring->writer.append(handOut->firstPiece, handOut->firstLength, handOut->secondPiece,
-                        handOut->secondLength);
+                        handOut->secondLength, handOut->wholeRecords != 0);
     if (cannotOpen || ring->writer.failed)
       ring->failedHandOuts.push_back({begin, ring->log.all.size()});
   }
@@ -214,6 +223,11 @@ TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
       if (step[0] == 'w') ring.write(std::stoul(step.substr(1)));
     }
     EXPECT_EQ(ring.handOutLengths(), c.handOuts);
+    // Only the pieces of a record larger than the ring are not whole records.
+    const size_t handOutCount = ring.log.handOuts.size();
+    EXPECT_EQ(ring.wholeRecordHints(),
+              std::string(handOutCount,
+                          std::string(c.script).find("w150") == std::string::npos ? '1' : '0'));
     EXPECT_EQ(ring.log.all, ring.written.substr(c.givenUp));
     EXPECT_EQ(ring.writeOffset(), c.writeOffset);
     EXPECT_EQ(ring.manager.getPendingSize(), 0u);
@@ -318,6 +332,10 @@ TEST(TraceBuffer, MemoryTooSmallOrMisalignedIsHandledSafely) {
   none.flush();
   EXPECT_EQ(TavClTraceBufferManager::checkRing(small, 49), TAV_TRACE_RING_TOO_SMALL);
   EXPECT_EQ(TavClTraceBufferManager::checkRing(nullptr, 1000), TAV_TRACE_RING_TOO_SMALL);
+  EXPECT_STREQ(TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_TOO_SMALL),
+               "the memory is too small for a trace ring");
+  EXPECT_STREQ(TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_VALID),
+               "the memory holds a valid trace ring");
   TavClTraceBufferManager null(environment, nullptr, 1000);
   null.write(entry);
   TavClTraceBufferManager smallest(environment, small, 50);
