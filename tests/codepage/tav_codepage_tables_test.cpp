@@ -6,11 +6,13 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "tav_codepage.h"
 #include "tav_codepage_test_support.h"
+#include "tav_test_data.h"
 
 #if TAV_TEST_HAVE_ICU
 #include <unicode/ucnv.h>
@@ -19,6 +21,7 @@
 namespace {
 
 using tav::test::GuardedOutput;
+using tav::test::parseHex;
 using tav::test::routineName;
 using tav::test::ucs2;
 
@@ -95,161 +98,44 @@ TEST(CodePageTables, LongInputsConvertAsShortOnes) {
   }
 }
 
-// One conversion at an edge: the input, the output size, and what must come of it.
-struct EdgeCase {
-  const char* name;
-  uint32_t ccsid;
-  std::string input;
-  size_t outSize;
-  std::vector<uint16_t> written;
-  size_t consumed;
-  uint32_t error;
-};
-
-TEST(CodePageTables, EdgesOfInputAndOutput) {
-  const EdgeCase cases[] = {
-      {"37 next line and line feed", 37, "\x15\x25\xC1", 16, {0x0A, 0x0A, 0x41}, 3, NO_ERROR},
-      {"1140 is flagged ASCII: next line stays", 1140, "\x15", 16, {0x85}, 1, NO_ERROR},
-      {"850 high half", 850, "\x82\xD5\xFF", 16, {0xE9, 0x131, 0xA0}, 3, NO_ERROR},
-      {"single bytes into an odd output", 37, "\xC1\xC2", 3, {0x41}, 1, CPCONVERTER_TOO_BIG},
-      {"single bytes into nothing", 850, "A", 0, {}, 0, CPCONVERTER_TOO_BIG},
-      {"empty input", 930, "", 0, {}, 0, NO_ERROR},
-      {"930 pair then shift-in", 930, "\x0E\x44\x5A\x0F\xC1", 16, {0x2010, 0x41}, 5, NO_ERROR},
-      {"930 ends in double-byte mode",
-       930,
-       "\x0E\x44\x5A",
-       16,
-       {0x2010},
-       3,
-       CPCONVERTER_INCOMPLETE},
-      {"930 half a pair at the end",
-       930,
-       "\x0E\x44\x5A\x44",
-       16,
-       {0x2010},
-       3,
-       CPCONVERTER_INCOMPLETE},
-      {"930 shift-out alone", 930, "\x0E", 16, {}, 1, CPCONVERTER_INCOMPLETE},
-      {"930 shift-in without shift-out", 930, "\x0F\xC1", 16, {0x41}, 2, NO_ERROR},
-      {"930 EBCDIC next line in single-byte mode", 930, "\x15", 16, {0x0A}, 1, NO_ERROR},
-      {"930 illegal lead byte reads its trail again",
-       930,
-       "\x0E\x30\x44\x5A\x0F",
-       16,
-       {0x1A, 0x2010},
-       5,
-       NO_ERROR},
-      {"930 output full in double-byte mode",
-       930,
-       "\x0E\x44\x5A\x44\x5A\x0F",
-       3,
-       {0x2010},
-       3,
-       CPCONVERTER_TOO_BIG},
-      {"1390 code of two units", 1390, "\x0E\xEC\xB5\x0F", 16, {0x304B, 0x309A}, 4, NO_ERROR},
-      {"1390 code of two units does not fit",
-       1390,
-       "\x0E\xEC\xB5\x0F",
-       2,
-       {},
-       1,
-       CPCONVERTER_TOO_BIG},
-      {"1386 pair", 1386, "\x81\x40", 16, {0x4E02}, 2, NO_ERROR},
-      {"1386 lead byte at the end", 1386, "A\x81", 16, {0x41}, 1, CPCONVERTER_INCOMPLETE},
-      {"1386 illegal trail byte is read again", 1386, "\x81\x20", 16, {0x1A, 0x20}, 2, NO_ERROR},
-      {"1392 four-byte code", 1392, "\x81\x30\x81\x30", 16, {0x80}, 4, NO_ERROR},
-      {"1392 last four-byte code of the BMP", 1392, "\x84\x31\xA4\x39", 16, {0xFFFF}, 4, NO_ERROR},
-      {"1392 four-byte code beyond the BMP",
-       1392,
-       "\x94\x39\xFC\x36",
-       16,
-       {0xD83D, 0xDE00},
-       4,
-       NO_ERROR},
-      {"1392 four-byte code cut after three",
-       1392,
-       "A\x81\x30\x81",
-       16,
-       {0x41},
-       1,
-       CPCONVERTER_INCOMPLETE},
-      {"1392 four-byte code cut after two", 1392, "\x81\x30", 16, {}, 0, CPCONVERTER_INCOMPLETE},
-      {"1392 ill-formed third byte", 1392, "\x81\x30\x20", 16, {0xFFFD, 0x30, 0x20}, 3, NO_ERROR},
-      {"1392 ill-formed fourth byte",
-       1392,
-       "\x81\x30\x81\x20",
-       16,
-       {0xFFFD, 0x30, 0xFFFD, 0x20},
-       4,
-       NO_ERROR},
-      {"1392 pair beyond the BMP does not fit",
-       1392,
-       "\x94\x39\xFC\x36",
-       3,
-       {},
-       0,
-       CPCONVERTER_TOO_BIG},
-      {"33722 three-byte code", 33722, "\x8F\xB0\xA9", 16, {0x4E28}, 3, NO_ERROR},
-      {"33722 half-width katakana", 33722, "\x8E\xB1", 16, {0xFF71}, 2, NO_ERROR},
-      {"33722 three-byte code cut", 33722, "\x8F\xA2", 16, {}, 0, CPCONVERTER_INCOMPLETE},
-      {"33722 prefix alone", 33722, "\x8F", 16, {}, 0, CPCONVERTER_INCOMPLETE},
-      {"33722 prefix before a byte that cannot follow",
-       33722,
-       "\x8F\x41",
-       16,
-       {0x1A, 0x41},
-       2,
-       NO_ERROR},
-  };
-  for (const EdgeCase& c : cases) {
-    SCOPED_TRACE(c.name);
-    TavClCodePage2UnicodeConverter converter(ccsid(c.ccsid));
-    // The input is copied into a block of its exact size, so that reading past it is caught
-    // by the sanitizer builds.
-    std::vector<char> exact(c.input.begin(), c.input.end());
-    GuardedOutput out(c.outSize);
-    const char* cursor = exact.data();
-    size_t written = converter.convertBytes(out.data(), c.outSize, &cursor, exact.size());
-    EXPECT_EQ(unitsOf(out.written(written)), c.written);
-    EXPECT_EQ(static_cast<size_t>(cursor - exact.data()), c.consumed);
-    EXPECT_EQ(converter.getError().id, c.error);
-    EXPECT_TRUE(out.guardIntact());
-  }
+uint32_t errorOf(const std::string& status) {
+  if (status == "ok") return NO_ERROR;
+  if (status == "incomplete") return CPCONVERTER_INCOMPLETE;
+  return status == "toobig" ? CPCONVERTER_TOO_BIG : CPCONVERTER_UNSUPPORTED;
 }
 
-TEST(CodePageTables, ReverseTableEdges) {
-  TavClUnicode2CodePageConverter to500(TAV_CCSID_EBCDIC_500);
-  TavClUnicode2CodePageConverter to850(TAV_CCSID_PC_850);
-  struct Case {
-    const char* name;
-    const TavClUnicode2CodePageConverter* converter;
-    std::string input;
-    size_t outSize;
-    std::string written;
-    size_t consumed;
-    uint32_t error;
-  };
-  const Case cases[] = {
-      {"500 letters", &to500, ucs2({'H', 'i', 0xE9, '!'}), 8, "\xC8\x89\x51\x4F", 8, NO_ERROR},
-      {"850 letters", &to850, ucs2({'H', 0xE9, 0x131, 0xA0}), 8, "H\x82\xD5\xFF", 8, NO_ERROR},
-      {"unmapped unit", &to850, ucs2({0x20AC, 0x4E00}), 8, "\x7F\x7F", 4, NO_ERROR},
-      {"a surrogate pair gives two bytes", &to500, ucs2({0xD83D, 0xDE00}), 8, "\x3F\x3F", 4,
-       NO_ERROR},
-      {"odd input", &to500, ucs2({'A'}) + "x", 8, "\xC1", 2, CPCONVERTER_INCOMPLETE},
-      {"output full", &to850, ucs2({'A', 'B', 'C'}), 2, "AB", 4, CPCONVERTER_TOO_BIG},
-      {"output full and odd input", &to850, ucs2({'A', 'B'}) + "x", 1, "A", 2, CPCONVERTER_TOO_BIG},
-      {"nothing", &to500, "", 0, "", 0, NO_ERROR},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.name);
-    std::vector<char> exact(c.input.begin(), c.input.end());
-    GuardedOutput out(c.outSize);
+// Conversions at the edges of input and output, by every kind of converter. Each runs on an
+// input block of its exact size, so that reading past it is caught by the sanitizer builds,
+// and again through the form that takes the input by value.
+TEST(CodePageTables, EdgesOfInputAndOutput) {
+  for (const auto& row : tav::test::readDataTable("codepage/conversion_edges.txt", 7)) {
+    SCOPED_TRACE(row.where);
+    std::unique_ptr<TavClConverterABase> converter;
+    const std::string& way = row.str(0);
+    const std::string& ccsids = row.str(1);
+    if (way == "to")
+      converter = std::make_unique<TavClCodePage2UnicodeConverter>(ccsid(row.number(1)));
+    if (way == "from")
+      converter = std::make_unique<TavClUnicode2CodePageConverter>(ccsid(row.number(1)));
+    if (way == "chain") {
+      const size_t arrow = ccsids.find('>');
+      converter = std::make_unique<TavClCodePage2CodePageConverter>(
+          ccsid(std::stoul(ccsids.substr(0, arrow))), ccsid(std::stoul(ccsids.substr(arrow + 1))));
+    }
+    ASSERT_NE(converter, nullptr);
+    const std::string input = parseHex(row.str(2));
+    std::vector<char> exact(input.begin(), input.end());
+    const auto outSize = static_cast<size_t>(row.number(3));
+    GuardedOutput out(outSize);
     const char* cursor = exact.data();
-    size_t written = c.converter->convertBytes(out.data(), c.outSize, &cursor, exact.size());
-    EXPECT_EQ(out.written(written), c.written);
-    EXPECT_EQ(static_cast<size_t>(cursor - exact.data()), c.consumed);
-    EXPECT_EQ(c.converter->getError().id, c.error);
+    const size_t written = converter->convertBytes(out.data(), outSize, &cursor, exact.size());
+    EXPECT_EQ(out.written(written), parseHex(row.str(4)));
+    EXPECT_EQ(cursor - exact.data(), row.number(5));
+    EXPECT_EQ(converter->getError().id, errorOf(row.str(6)));
     EXPECT_TRUE(out.guardIntact());
+    GuardedOutput again(outSize);
+    EXPECT_EQ(converter->convertBytes(again.data(), outSize, exact.data(), exact.size()), written);
+    EXPECT_EQ(again.written(written), out.written(written));
   }
 }
 

@@ -4,6 +4,7 @@
 #ifndef TAV_CODEPAGE_TEST_SUPPORT_H
 #define TAV_CODEPAGE_TEST_SUPPORT_H
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -46,6 +47,20 @@ inline std::string ucs2(std::initializer_list<uint16_t> units) {
   for (uint16_t unit : units) {
     std::memcpy(&bytes[at], &unit, 2);
     at += 2;
+  }
+  return bytes;
+}
+
+// Hex tokens as bytes: two digits are a byte ("C3 A9"), four a UCS-2 unit in host order
+// ("D83D DE00"), so that a table can write both sides of a conversion the same way.
+inline std::string parseHex(const std::string& text) {
+  std::string bytes;
+  for (size_t start = text.find_first_not_of(' '); start != std::string::npos;) {
+    const size_t end = std::min(text.find(' ', start), text.size());
+    const auto value =
+        static_cast<uint16_t>(std::stoul(text.substr(start, end - start), nullptr, 16));
+    bytes += end - start == 4 ? ucs2({value}) : std::string(1, static_cast<char>(value));
+    start = text.find_first_not_of(' ', end);
   }
   return bytes;
 }

@@ -10,10 +10,12 @@
 #include "../../src/codepage/tav_icu_os.h"
 #include "tav_codepage.h"
 #include "tav_codepage_test_support.h"
+#include "tav_test_data.h"
 
 namespace {
 
 using tav::test::GuardedOutput;
+using tav::test::parseHex;
 using tav::test::ucs2;
 
 struct Outcome {
@@ -30,36 +32,6 @@ Outcome convert(const TavClConverterABase& converter, const std::string& input, 
   EXPECT_TRUE(out.guardIntact()) << "wrote past the output size " << outSize;
   return {out.written(written), static_cast<size_t>(cursor - input.data()),
           converter.getError().id};
-}
-
-TEST(ConvertRoutines, WrittenExamples) {
-  TavClCodePage2UnicodeConverter fromUtf8(TAV_CCSID_UTF8);
-  Outcome e = convert(fromUtf8, "\xC3\xA9", 8);
-  EXPECT_EQ(e.written, ucs2({0xE9}));
-  EXPECT_EQ(e.error, static_cast<uint32_t>(NO_ERROR));
-
-  Outcome cut = convert(fromUtf8, "a\xC3", 8);
-  EXPECT_EQ(cut.written, ucs2({'a'}));
-  EXPECT_EQ(cut.consumed, 1u) << "the input pointer stays on the cut sequence";
-  EXPECT_EQ(cut.error, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
-
-  TavClUnicode2CodePageConverter toUtf8(TAV_CCSID_UTF8);
-  EXPECT_EQ(convert(toUtf8, ucs2({0xD83D, 0xDE00}), 8).written, "\xF0\x9F\x98\x80");
-  EXPECT_EQ(convert(toUtf8, ucs2({'x', 0xD800}), 8).written, "x\xEF\xBF\xBF");
-
-  TavClUnicode2CodePageConverter to819(TAV_CCSID_ISO8859_1);
-  EXPECT_EQ(convert(to819, ucs2({0x20AC, 'A', 0xE9}), 8).written,
-            "\xAC"
-            "A\xE9");
-
-  TavClCodePage2UnicodeConverter copying(TAV_CCSID_UCS2);
-  Outcome odd = convert(copying, "abc", 8);
-  EXPECT_EQ(odd.written, "ab");
-  EXPECT_EQ(odd.consumed, 2u);
-  EXPECT_EQ(odd.error, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
-
-  TavClCodePage2UnicodeConverter swapping(TAV_CCSID_UCS2_BIG_ENDIAN);
-  EXPECT_EQ(convert(swapping, std::string("\x00\x41\x20\xAC", 4), 8).written, ucs2({'A', 0x20AC}));
 }
 
 // One routine's full result for an input, against which every shorter output is checked.
@@ -253,30 +225,10 @@ TEST(ConvertRoutines, IcuWithUnalignedBuffersAndOddSizes) {
 }
 
 TEST(Utf8Character, DecodesOneWellFormedCharacter) {
-  struct Case {
-    const char* text;
-    uint32_t codePoint;
-  };
-  const Case cases[] = {
-      {"A", 0x41},
-      {"\xC3\xA9z", 0xE9},
-      {"\xE2\x82\xAC", 0x20AC},
-      {"\xF0\x9F\x98\x80", 0x1F600},
-      {"\xF4\x8F\xBF\xBF", 0x10FFFF},
-      {"", 0},
-      {"\xC0\xAF", 0xFFFD},              // overlong '/'
-      {"\xE0\x80\xAF", 0xFFFD},          // overlong '/'
-      {"\xED\xA0\x80", 0xFFFD},          // an encoded surrogate
-      {"\xF4\x90\x80\x80", 0xFFFD},      // above U+10FFFF
-      {"\xF8\x88\x80\x80\x80", 0xFFFD},  // a five-byte form
-      {"\x80", 0xFFFD},                  // a stray continuation byte
-      {"\xC3", 0xFFFD},                  // cut by the end of the text
-      {"\xE2\x82", 0xFFFD},
-      {"\xC3(", 0xFFFD},  // a missing continuation byte
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << "U+" << std::hex << c.codePoint);
-    EXPECT_EQ(TavClConverterABase::convertUtf8CharToUtf32(c.text), c.codePoint);
+  for (const auto& row : tav::test::readDataTable("codepage/utf8_characters.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(TavClConverterABase::convertUtf8CharToUtf32(parseHex(row.str(0)).c_str()),
+              std::stoul(row.str(1), nullptr, 16));
   }
   EXPECT_EQ(TavClConverterABase::convertUtf8CharToUtf32(nullptr), 0u);
 }

@@ -15,57 +15,7 @@ extern "C" long tavCodepageCRoundTrip(const char* text, char* ebcdic, size_t ebc
 
 namespace {
 
-using tav::test::GuardedOutput;
-using tav::test::ucs2;
-
 TavClCCSID ccsid(uint32_t number) { return TavClCCSID(static_cast<TavEnCCSID>(number)); }
-
-TEST(ChainedConversion, ShortCutsAndTheWholeChain) {
-  struct Case {
-    uint32_t source, target;
-    std::string input;
-    size_t outSize;
-    std::string written;
-    size_t consumed;
-    uint32_t error;
-  };
-  const Case cases[] = {
-      // The same CCSID on both sides (65501 counts as 13488) is copied as far as it fits.
-      {37, 37, "\xC8\x85\x93", 2, "\xC8\x85", 2, NO_ERROR},
-      {65501, 13488, "abc", 8, "abc", 3, NO_ERROR},
-      // From UCS-2 only the second stage runs, and its error is the chain's.
-      {13488, 1208, ucs2({0xE9, 'x'}), 2, "\xC3\xA9", 2, CPCONVERTER_TOO_BIG},
-      // Into UCS-2 only the first stage runs.
-      {1208, 13488, "\xC3\xA9\xC3", 8, ucs2({0xE9}), 2, CPCONVERTER_INCOMPLETE},
-      // Both stages through the buffer.
-      {1208, 819, "caf\xC3\xA9 \xE2\x82\xAC", 16, "caf\xE9 \xAC", 9, NO_ERROR},
-      {65500, 1208, std::string("\x00\x41\x00\xE9", 4), 8, "A\xC3\xA9", 4, NO_ERROR},
-      {1208, 65500, "A\xC3\xA9", 8, std::string("\x00\x41\x00\xE9", 4), 3, NO_ERROR},
-      // A cut character stops the first stage; the second converts what came before it.
-      {1208, 819, "ab\xC3", 8, "ab", 2, NO_ERROR},
-      // A first stage that fails ends the conversion.
-      {12345, 1208, "abc", 8, "", 0, CPCONVERTER_UNSUPPORTED},
-      {1208, 12345, "abc", 8, "", 3, CPCONVERTER_UNSUPPORTED},
-      // A full output stops the second stage; the first has consumed all its input.
-      {1208, 819, "abcdef", 3, "abc", 6, CPCONVERTER_TOO_BIG},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.source << ">" << c.target << " " << c.input.size()
-                                    << " bytes into " << c.outSize);
-    TavClCodePage2CodePageConverter chain(ccsid(c.source), ccsid(c.target));
-    GuardedOutput out(c.outSize);
-    const char* cursor = c.input.data();
-    size_t written = chain.convertBytes(out.data(), c.outSize, &cursor, c.input.size());
-    EXPECT_EQ(out.written(written), c.written);
-    EXPECT_EQ(static_cast<size_t>(cursor - c.input.data()), c.consumed);
-    EXPECT_EQ(chain.getError().id, c.error);
-    EXPECT_TRUE(out.guardIntact());
-    // The form taking the input by value converts the same.
-    GuardedOutput again(c.outSize);
-    EXPECT_EQ(chain.convertBytes(again.data(), c.outSize, c.input.data(), c.input.size()), written);
-    EXPECT_EQ(again.written(written), c.written);
-  }
-}
 
 TEST(ChainedConversion, BufferGrowsForLargeInputs) {
   TavClCodePage2CodePageConverter chain(ccsid(1208), ccsid(819));

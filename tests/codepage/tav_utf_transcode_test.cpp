@@ -10,11 +10,11 @@
 #include <cstdint>
 #include <cstring>
 #include <random>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "../../src/codepage/tav_utf_transcode.h"
+#include "tav_codepage_test_support.h"
 #include "tav_test_data.h"
 
 #if TAV_TEST_HAVE_ICU
@@ -25,6 +25,7 @@ namespace {
 
 using tav::codepage::TranscodeResult;
 using tav::codepage::TranscodeStatus;
+using tav::test::parseHex;
 using Transcoder = TranscodeResult (*)(const char*, size_t, char*, size_t);
 
 constexpr size_t kGuardSize = 32;
@@ -63,36 +64,22 @@ std::string unitsToBytes(const std::u16string& units) {
   return bytes;
 }
 
-// "C3 A9" as bytes; with unitTokens, "D83D DE00" as units in host order (and "43" as a byte).
-std::string parseHex(const std::string& text, bool unitTokens) {
-  std::istringstream tokens(text);
-  std::string bytes;
-  for (std::string token; tokens >> token;) {
-    const auto value = static_cast<char16_t>(std::stoul(token, nullptr, 16));
-    bytes += unitTokens && token.size() == 4 ? unitsToBytes(std::u16string(1, value))
-                                             : std::string(1, static_cast<char>(value));
-  }
-  return bytes;
-}
-
 TEST(UtfTranscode, ConvertsTheExampleTables) {
   const struct {
     const char* file;
     Transcoder transcode;
-    bool unitInput;
-  } tables[] = {{"codepage/utf8_to_ucs2.txt", tav::codepage::utf8ToUcs2, false},
-                {"codepage/ucs2_to_utf8.txt", tav::codepage::ucs2ToUtf8, true}};
+  } tables[] = {{"codepage/utf8_to_ucs2.txt", tav::codepage::utf8ToUcs2},
+                {"codepage/ucs2_to_utf8.txt", tav::codepage::ucs2ToUtf8}};
   for (const auto& table : tables) {
     for (const auto& row : tav::test::readDataTable(table.file, 5)) {
       SCOPED_TRACE(row.where);
-      const std::string input = parseHex(row.str(0), table.unitInput);
+      const std::string input = parseHex(row.str(0));
       const size_t outSize = row.str(1) == "-" ? 4 * input.size() + 8 : row.number(1);
       const auto status = row.str(4) == "ok"           ? TranscodeStatus::ok
                           : row.str(4) == "incomplete" ? TranscodeStatus::incomplete
                                                        : TranscodeStatus::tooBig;
       EXPECT_EQ(run(table.transcode, input, outSize),
-                (Outcome{parseHex(row.str(2), !table.unitInput), static_cast<size_t>(row.number(3)),
-                         status}));
+                (Outcome{parseHex(row.str(2)), static_cast<size_t>(row.number(3)), status}));
     }
   }
 }
