@@ -189,47 +189,25 @@ TEST(TraceBuffer, ControlBlockAtTheStartOfTheMemory) {
   EXPECT_EQ(ring.memory[5], 78u);
 }
 
-// Scripts run on a ring of 100 bytes: "wN" writes a record of N bytes, "f" flushes and "c"
-// installs the callback. After each, the hand-outs put together are the records written (but
-// those given up while there was no callback), and a second piece, where there is one, comes
-// from the start of the ring.
+// After each script, the hand-outs put together are the records written (but those given up
+// while there was no callback), and a second piece, where there is one, comes from the start
+// of the ring. Only the pieces of a record larger than the ring are not whole records.
 TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
-  const struct {
-    const char* name;
-    const char* script;
-    const char* handOuts;  // the lengths of each hand-out's two pieces
-    uint64_t writeOffset;
-    size_t givenUp;  // bytes written before the callback that it never sees
-  } cases[] = {
-      {"records that fit are kept until a flush", "c w30 w30 w30 f", "90+0", 90, 0},
-      {"one byte always stays free", "c w50 w49 f", "99+0", 99, 0},
-      {"a record that would fill the ring hands out first", "c w50 w50 f", "50+0 50+0", 0, 0},
-      {"a record ends exactly at the end", "c w60 w40 w30 f", "60+0 40+30", 30, 0},
-      {"a record crosses the end inside the header", "c w90 w30 f", "90+0 10+20", 20, 0},
-      {"a record crosses the end inside the texts", "c w75 w40 f", "75+0 25+15", 15, 0},
-      {"a record crosses the end inside the data", "c w70 w40 f", "70+0 30+10", 10, 0},
-      // Header and texts 85 bytes, data 65: the ring is handed out when it holds 99 of them.
-      {"a record larger than the ring", "c w150 f", "99+0 1+50", 50, 0},
-      {"without a callback the older records are given up", "w50 w50 c f", "50+0", 0, 50},
-      {"flushing twice", "c f w30 f f", "30+0", 30, 0},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& row : tav::test::readTable("ring_scripts.txt", 5)) {
+    SCOPED_TRACE(row.where + " " + row.str(0));
     Ring ring(100, false);
-    std::istringstream script(c.script);
+    std::istringstream script(row.str(1));
     for (std::string step; script >> step;) {
       if (step == "c") ring.installCallback();
       if (step == "f") ring.manager.flush();
       if (step[0] == 'w') ring.write(std::stoul(step.substr(1)));
     }
-    EXPECT_EQ(ring.handOutLengths(), c.handOuts);
-    // Only the pieces of a record larger than the ring are not whole records.
-    const size_t handOutCount = ring.log.handOuts.size();
+    EXPECT_EQ(ring.handOutLengths(), row.str(2));
+    const bool oversized = row.str(1).find("w150") != std::string::npos;
     EXPECT_EQ(ring.wholeRecordHints(),
-              std::string(handOutCount,
-                          std::string(c.script).find("w150") == std::string::npos ? '1' : '0'));
-    EXPECT_EQ(ring.log.all, ring.written.substr(c.givenUp));
-    EXPECT_EQ(ring.writeOffset(), c.writeOffset);
+              std::string(ring.log.handOuts.size(), oversized ? '0' : '1'));
+    EXPECT_EQ(ring.log.all, ring.written.substr(static_cast<size_t>(row.number(4))));
+    EXPECT_EQ(ring.writeOffset(), static_cast<uint64_t>(row.number(3)));
     EXPECT_EQ(ring.manager.getPendingSize(), 0u);
   }
 }
@@ -272,40 +250,24 @@ TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
   EXPECT_EQ(log.all, ring.written.substr(30));
 }
 
-// Each row spoils one field of a valid ring's control block. The check names the field, a
+// Each row spoils one field of a valid ring's control block. The check gives its reason, a
 // manager that may start empty does so, and one that only attaches leaves the memory alone.
 TEST(TraceBuffer, ACorruptControlBlockIsRefusedWithItsReason) {
-  const struct {
-    const char* name;
-    size_t word;  // the 8-byte word of the control block to set
-    uint64_t value;
-    TavEnTraceRingCheck expected;
-    const char* reason;
-  } cases[] = {
-      {"foreign magic", 0, 0x474F4C, TAV_TRACE_RING_NO_MAGIC, "holds no trace ring"},
-      {"capacity of other memory", 1, 1000, TAV_TRACE_RING_BAD_CAPACITY, "capacity"},
-      {"first byte elsewhere", 2, 0, TAV_TRACE_RING_BAD_BOUNDS, "data bytes"},
-      {"last byte past the end", 3, 148, TAV_TRACE_RING_BAD_BOUNDS, "data bytes"},
-      {"mark inside the control block", 4, 47, TAV_TRACE_RING_BAD_HAND_OUT_MARK, "hand-out mark"},
-      {"mark at the end", 4, 148, TAV_TRACE_RING_BAD_HAND_OUT_MARK, "hand-out mark"},
-      {"write position far away", 5, uint64_t{1} << 40, TAV_TRACE_RING_BAD_WRITE_POSITION,
-       "write position"},
-      {"write position before the data", 5, 0, TAV_TRACE_RING_BAD_WRITE_POSITION, "write position"},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
+  for (const auto& row : tav::test::readTable("ring_checks.txt", 4)) {
+    SCOPED_TRACE(row.where + " " + row.str(0));
     Ring ring(100, false);
     ring.write(30);
     EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.memory.data(), 148), TAV_TRACE_RING_VALID);
-    ring.memory[c.word] = c.value;
+    ring.memory[row.number(1)] = static_cast<uint64_t>(row.number(2));
     const std::vector<uint64_t> spoilt(ring.memory);
-    EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.memory.data(), 148), c.expected);
-    EXPECT_NE(std::string(TavClTraceBufferManager::describeRingCheck(c.expected)).find(c.reason),
+    const TavEnTraceRingCheck check = TavClTraceBufferManager::checkRing(ring.memory.data(), 148);
+    EXPECT_NE(check, TAV_TRACE_RING_VALID);
+    EXPECT_NE(std::string(TavClTraceBufferManager::describeRingCheck(check)).find(row.str(3)),
               std::string::npos);
 
     TavClTraceBufferManager attached(ring.environment, ring.memory.data(), 148, nullptr,
                                      TAV_TRACE_RING_ATTACH_ONLY);
-    EXPECT_EQ(attached.getAttachCheck(), c.expected);
+    EXPECT_EQ(attached.getAttachCheck(), check);
     EXPECT_EQ(attached.getControlBlock(), nullptr);
     attached.write(TavClTraceEntry(ring.environment, TAV_TRACE_DETAIL_LOW, 0,
                                    TAV_TRACE_TYPE_NO_DATA, "", "dropped", "", 0));
@@ -314,7 +276,7 @@ TEST(TraceBuffer, ACorruptControlBlockIsRefusedWithItsReason) {
     EXPECT_EQ(ring.memory, spoilt);
 
     TavClTraceBufferManager restarted(ring.environment, ring.memory.data(), 148);
-    EXPECT_EQ(restarted.getAttachCheck(), c.expected);
+    EXPECT_EQ(restarted.getAttachCheck(), check);
     EXPECT_EQ(std::vector<uint64_t>(&ring.memory[1], &ring.memory[6]),
               (std::vector<uint64_t>{100, 48, 147, 48, 48}));
   }

@@ -8,9 +8,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <memory>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -32,34 +30,11 @@ using testing::HasSubstr;
 
 const std::string kDemoTrace = std::string(TAV_TRACE_TEST_DATA) + "/demo.trc";
 
-std::string readBack(FILE* file) {
-  std::fflush(file);
-  std::string text(static_cast<size_t>(std::ftell(file)), '\0');
-  std::rewind(file);
-  text.resize(std::fread(&text[0], 1, text.size(), file));
-  return text;
-}
+using tav::test::ToolRun;
 
-struct ToolRun {
-  int code;
-  std::string out, err;
-};
-
-// Runs the tool on "prog -key tavdemo" and the arguments. Its output and errors are caught in
-// temporary files unless the run is a child's, and the trace instance it makes is deleted
-// afterwards, so that the next run makes its own.
+// Runs the tool on "prog -key tavdemo" and the arguments.
 ToolRun runTool(std::vector<std::string> arguments, bool child = false) {
-  arguments.insert(arguments.begin(), {"prog", "-key", "tavdemo"});
-  std::vector<const char*> argv;
-  for (const std::string& argument : arguments) argv.push_back(argument.c_str());
-  std::unique_ptr<FILE, int (*)(FILE*)> output(std::tmpfile(), std::fclose);
-  std::unique_ptr<FILE, int (*)(FILE*)> error(std::tmpfile(), std::fclose);
-  TavClConsoleUI console(static_cast<int>(argv.size()), argv.data());
-  if (!child) console.getParams().redirectStreams(output.get(), error.get());
-  const int code = TavClTraceController(console).run();
-  if (child) std::exit(code);
-  TavClTraceInstance::deleteInstance();
-  return {code, readBack(output.get()), readBack(error.get())};
+  return tav::test::runTraceTool("tavdemo", std::move(arguments), child);
 }
 
 class TraceController : public testing::Test {

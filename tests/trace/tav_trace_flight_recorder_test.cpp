@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <random>
 #include <string>
 #include <thread>
@@ -106,31 +105,11 @@ const bool tracesAsChild = [] {
   std::_Exit(0);
 }();
 
-struct ToolRun {
-  int code;
-  std::string out, err;
-};
+using tav::test::ToolRun;
 
-std::string readBack(FILE* file) {
-  std::fflush(file);
-  std::string text(static_cast<size_t>(std::ftell(file)), '\0');
-  std::rewind(file);
-  text.resize(std::fread(&text[0], 1, text.size(), file));
-  return text;
-}
-
-// Runs "tavtrace -key tavflight" with the arguments in this process.
+// Runs "tavtrace -key <this run's key>" with the arguments in this process.
 ToolRun runTool(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), {"prog", "-key", traceKey});
-  std::vector<const char*> argv;
-  for (const std::string& argument : arguments) argv.push_back(argument.c_str());
-  std::unique_ptr<FILE, int (*)(FILE*)> output(std::tmpfile(), std::fclose);
-  std::unique_ptr<FILE, int (*)(FILE*)> error(std::tmpfile(), std::fclose);
-  TavClConsoleUI console(static_cast<int>(argv.size()), argv.data());
-  console.getParams().redirectStreams(output.get(), error.get());
-  const int code = TavClTraceController(console).run();
-  TavClTraceInstance::deleteInstance();
-  return {code, readBack(output.get()), readBack(error.get())};
+  return tav::test::runTraceTool(traceKey, std::move(arguments));
 }
 
 class FlightRecorder : public testing::Test {

@@ -43,23 +43,10 @@ const bool holdsLockAsChild = [] {
 }();
 
 TEST(SharedRingNames, FileAndLockFollowTheResourceKey) {
-  struct Row {
-    const char* directory;
-    const char* key;
-    const char* file;
-    const char* lock;
-  } const rows[] = {
-      {"/tmp", "SEM32:app:TAVTRACEINSTANCE0", "/tmp/tavring-SEM32.app.TAVTRACEINSTANCE0.shm",
-       "tavring-SEM32.app.TAVTRACEINSTANCE0"},
-      {"/tmp/", "SEM32:a-b@c_d", "/tmp/tavring-SEM32.a-b@c_d.shm", "tavring-SEM32.a-b@c_d"},
-      {"C:\\Temp\\", "SEM32:x", "C:\\Temp\\tavring-SEM32.x.shm", "tavring-SEM32.x"},
-      {"", "k", "tavring-k.shm", "tavring-k"},
-      {nullptr, nullptr, "tavring-.shm", "tavring-"},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.file);
-    EXPECT_EQ(tav::trace::sharedRingFileName(row.directory, row.key), row.file);
-    EXPECT_EQ(tav::trace::sharedRingLockName(row.key), row.lock);
+  for (const auto& row : tav::test::readTable("shared_ring_names.txt", 4)) {
+    SCOPED_TRACE(row.where);
+    EXPECT_EQ(tav::trace::sharedRingFileName(row.text(0), row.text(1)), row.str(2));
+    EXPECT_EQ(tav::trace::sharedRingLockName(row.text(1)), row.str(3));
   }
 }
 

@@ -3,16 +3,22 @@
 #include "tav_trace_test_support.h"
 
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <tuple>
 #include <utility>
 
+#include "tav_console.h"
 #include "tav_environment.h"
 #include "tav_process.h"
+#include "tav_trace.h"
+#include "tav_trace_controller.h"
 
 namespace tav::test {
 
@@ -108,6 +114,32 @@ std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,
   }
   *endsOnRecord = recordEnd == static_cast<std::streamoff>(bytes.size());
   return records;
+}
+
+namespace {
+
+std::string readBack(FILE* file) {
+  std::fflush(file);
+  std::string text(static_cast<size_t>(std::ftell(file)), '\0');
+  std::rewind(file);
+  text.resize(std::fread(&text[0], 1, text.size(), file));
+  return text;
+}
+
+}  // namespace
+
+ToolRun runTraceTool(const std::string& key, std::vector<std::string> arguments, bool asChild) {
+  arguments.insert(arguments.begin(), {"prog", "-key", key});
+  std::vector<const char*> argv;
+  for (const std::string& argument : arguments) argv.push_back(argument.c_str());
+  std::unique_ptr<FILE, int (*)(FILE*)> output(std::tmpfile(), std::fclose);
+  std::unique_ptr<FILE, int (*)(FILE*)> error(std::tmpfile(), std::fclose);
+  TavClConsoleUI console(static_cast<int>(argv.size()), argv.data());
+  if (!asChild) console.getParams().redirectStreams(output.get(), error.get());
+  const int code = TavClTraceController(console).run();
+  if (asChild) std::exit(code);
+  TavClTraceInstance::deleteInstance();
+  return {code, readBack(output.get()), readBack(error.get())};
 }
 
 namespace {

@@ -69,6 +69,19 @@ bool operator==(const RecordRead& left, const RecordRead& right);
 std::vector<RecordRead> readRecords(TavClTraceEnvironmentABase& environment,
                                     const std::string& bytes, bool* endsOnRecord);
 
+// What a run of the trace controller tool gave: its exit code, output and errors.
+struct ToolRun {
+  int code;
+  std::string out, err;
+};
+
+// Runs the trace controller tool in this process on "prog -key <key>" and the arguments. Its
+// output and errors are caught in temporary files; a child's run (asChild) keeps them and ends
+// the process with the tool's exit code. The trace instance the tool makes is deleted
+// afterwards, so that the next run makes its own.
+ToolRun runTraceTool(const std::string& key, std::vector<std::string> arguments,
+                     bool asChild = false);
+
 // Clears the twelve trace variables of a key for the lifetime of the object, and sets the ones
 // a test names; all are removed again at the end.
 class ScopedTraceVariables {
