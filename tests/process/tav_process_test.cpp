@@ -5,7 +5,7 @@
 #include <thread>
 
 #include "tav_process.h"
-#include "tav_test_child.h"
+#include "tav_test_self_child.h"
 
 namespace {
 
@@ -28,7 +28,8 @@ TEST(ProcessKill, EndsARunningProcessAndCountsAGoneOrInvalidOneAsEnded) {
   EXPECT_EQ(process.getError().id, NO_ERROR);
   EXPECT_TRUE(process.kill());
   EXPECT_EQ(process.getError().id, NO_ERROR);
-  EXPECT_TRUE(tav::test::waitForChildEnd(child, 10000)) << "the child is still running";
+  int exitCode = 0;
+  EXPECT_TRUE(tav::test::waitForChildExit(child, 10000, &exitCode)) << "the child still runs";
 
   // The child has ended and been reaped: its id names no process any more.
   TavClProcess gone(child);

@@ -17,6 +17,10 @@ uint32_t startSelfChild(const char* variable, const char* value);
 bool killChild(uint32_t processId);
 // Waits up to timeoutMilliseconds for a child to end by itself; *exitCode is its exit code.
 bool waitForChildExit(uint32_t processId, uint32_t timeoutMilliseconds, int* exitCode);
+// Starts this program again as a child that does nothing until it is ended from outside.
+uint32_t startWaitingChild();
+// The id of this process as the operating system reports it.
+uint32_t nativeProcessId();
 
 }  // namespace tav::test
 

@@ -43,4 +43,6 @@ bool waitForChildExit(uint32_t processId, uint32_t timeoutMilliseconds, int* exi
   return false;
 }
 
+uint32_t nativeProcessId() { return static_cast<uint32_t>(getpid()); }
+
 }  // namespace tav::test

@@ -65,4 +65,6 @@ bool waitForChildExit(uint32_t processId, uint32_t timeoutMilliseconds, int* exi
   return true;
 }
 
+uint32_t nativeProcessId() { return GetCurrentProcessId(); }
+
 }  // namespace tav::test
