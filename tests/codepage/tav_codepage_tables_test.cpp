@@ -110,19 +110,7 @@ uint32_t errorOf(const std::string& status) {
 TEST(CodePageTables, EdgesOfInputAndOutput) {
   for (const auto& row : tav::test::readDataTable("codepage/conversion_edges.txt", 7)) {
     SCOPED_TRACE(row.where);
-    std::unique_ptr<TavClConverterABase> converter;
-    const std::string& way = row.str(0);
-    const std::string& ccsids = row.str(1);
-    if (way == "to")
-      converter = std::make_unique<TavClCodePage2UnicodeConverter>(ccsid(row.number(1)));
-    if (way == "from")
-      converter = std::make_unique<TavClUnicode2CodePageConverter>(ccsid(row.number(1)));
-    if (way == "chain") {
-      const size_t arrow = ccsids.find('>');
-      converter = std::make_unique<TavClCodePage2CodePageConverter>(
-          ccsid(std::stoul(ccsids.substr(0, arrow))), ccsid(std::stoul(ccsids.substr(arrow + 1))));
-    }
-    ASSERT_NE(converter, nullptr);
+    const auto converter = tav::test::makeConverter(row.str(0), row.str(1));
     const std::string input = parseHex(row.str(2));
     std::vector<char> exact(input.begin(), input.end());
     const auto outSize = static_cast<size_t>(row.number(3));
@@ -153,7 +141,6 @@ TEST(CodePageTables, EucPlaceholderConvertsNothing) {
 TEST(CodePageTables, Pc850RoundTripsThroughItsReverseTable) {
   std::string all(256, '\0');
   for (int b = 0; b < 256; ++b) all[b] = static_cast<char>(b);
-  TavClCodePage2CodePageConverter chain(TAV_CCSID_PC_850, TAV_CCSID_PC_850);
   TavClCodePage2UnicodeConverter toUnicode850(TAV_CCSID_PC_850);
   TavClUnicode2CodePageConverter from850(TAV_CCSID_PC_850);
   std::string unicode(512, '\0');

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,20 @@ class GuardedOutput {
   std::vector<char> bytes;
   size_t size;
 };
+
+// A converter of a table's kind: "to" UCS-2 from the CCSID, "from" UCS-2 into it, or "chain"
+// between the CCSIDs of "source>target".
+inline std::unique_ptr<TavClConverterABase> makeConverter(const std::string& kind,
+                                                          const std::string& ccsids) {
+  auto number = [](const std::string& text) {
+    return TavClCCSID(static_cast<TavEnCCSID>(std::stoul(text)));
+  };
+  if (kind == "to") return std::make_unique<TavClCodePage2UnicodeConverter>(number(ccsids));
+  if (kind == "from") return std::make_unique<TavClUnicode2CodePageConverter>(number(ccsids));
+  const size_t arrow = ccsids.find('>');
+  return std::make_unique<TavClCodePage2CodePageConverter>(number(ccsids.substr(0, arrow)),
+                                                           number(ccsids.substr(arrow + 1)));
+}
 
 // The name of a conversion routine, for readable test tables.
 inline std::string routineName(TavClConverterABase::TavPfuConverterAlgorithm routine) {

@@ -15,19 +15,8 @@
 
 namespace {
 
+using tav::test::makeConverter;
 using tav::test::routineName;
-
-std::unique_ptr<TavClConverterABase> makeConverter(const std::string& kind,
-                                                   const std::string& ccsids) {
-  auto number = [](const std::string& text) {
-    return TavClCCSID(static_cast<TavEnCCSID>(std::stoul(text)));
-  };
-  if (kind == "to") return std::make_unique<TavClCodePage2UnicodeConverter>(number(ccsids));
-  if (kind == "from") return std::make_unique<TavClUnicode2CodePageConverter>(number(ccsids));
-  size_t arrow = ccsids.find('>');
-  return std::make_unique<TavClCodePage2CodePageConverter>(number(ccsids.substr(0, arrow)),
-                                                           number(ccsids.substr(arrow + 1)));
-}
 
 TEST(ConverterSelection, RoutinePerCCSID) {
   for (const auto& row : tav::test::readDataTable("codepage/selection.txt", 4)) {
