@@ -42,12 +42,6 @@ bool isEbcdicDoubleByte(uint32_t number) {
   return false;
 }
 
-std::vector<uint16_t> unitsOf(const std::string& bytes) {
-  std::vector<uint16_t> units(bytes.size() / 2);
-  if (!units.empty()) std::memcpy(units.data(), bytes.data(), units.size() * 2);
-  return units;
-}
-
 TEST(CodePageTables, EveryTableCcsidChoosesItsTable) {
   for (uint32_t number : kSingleByteCcsids) {
     SCOPED_TRACE(number);
@@ -151,6 +145,12 @@ TEST(CodePageTables, Pc850RoundTripsThroughItsReverseTable) {
 }
 
 #if TAV_TEST_HAVE_ICU
+
+std::vector<uint16_t> unitsOf(const std::string& bytes) {
+  std::vector<uint16_t> units(bytes.size() / 2);
+  if (!units.empty()) std::memcpy(units.data(), bytes.data(), units.size() * 2);
+  return units;
+}
 
 // A whole conversion with room to spare.
 std::vector<uint16_t> toUnicode(const TavClConverterABase& converter, const std::string& input) {
