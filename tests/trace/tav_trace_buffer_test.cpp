@@ -377,25 +377,6 @@ TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
   }
 }
 
-TEST(TraceFileWriter, AFileThatCannotBeOpenedIsReportedAndTracingGoesOn) {
-  Ring ring(100);
-  ring.toFile();
-  ring.environment.verbose = true;
-  ring.openFails = [] { return true; };
-  ring.write(30);
-  tav::test::ReportCapture reports;
-  ring.manager.flush();
-  EXPECT_EQ(reports.take(), "[TAV: TRACE: could not open: " + ring.missingName +
-                                " (errno: " + std::to_string(ENOENT) + ")]\n");
-  EXPECT_FALSE(std::filesystem::exists(ring.missingName));
-  ring.openFails = nullptr;
-  ring.environment.verbose = false;
-  ring.write(30, 's');
-  ring.manager.flush();
-  EXPECT_EQ(readFileBytes(ring.fileName), ring.kept());
-  EXPECT_EQ(ring.kept(), ring.written.substr(30));
-}
-
 // Hand-outs are appended to what the file held before. A failed write is reported and cut
 // back to the last whole record.
 TEST(TraceFileWriter, AFailedWriteIsReportedAndLeavesOnlyWholeRecords) {

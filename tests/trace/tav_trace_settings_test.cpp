@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -209,13 +210,14 @@ TEST(TraceEnvironment, VerboseReportsSettingsAndAFileThatCannotBeWritten) {
                                       "origin", message.c_str(), nullptr, 0));
     }
   }
-  // Verbose: every setting first, in order, then the failure.
+  // Verbose: every setting first, in order, then the failure; tracing goes on without the file.
   const std::string output = reports.take();
   size_t position = 0;
   for (const std::string& label : std::vector<std::string>{
            "key: tsbadfile]", "active: ", "resource key: ", "compression: ", "autosave: ",
-           "autoflush: ", "autoclear: ", "detail: ", "buffersize: 4096]", "process id: ",
-           "format: ", "file: " + file + "]", "sharedMemory: ", "could not open: " + file}) {
+           "autoflush: ", "autoclear: ", "detail: ", "buffersize: 4096]",
+           "process id: ", "format: ", "file: " + file + "]", "sharedMemory: ",
+           "could not open: " + file + " (errno: " + std::to_string(ENOENT) + ")]"}) {
     SCOPED_TRACE(label);
     position = output.find("[TAV: TRACE: " + label, position);
     ASSERT_NE(position, std::string::npos) << output;
