@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <fstream>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 
@@ -18,6 +17,7 @@
 #include "tav_filename.h"
 #include "tav_fs_scratch.h"
 #include "tav_test_data.h"
+#include "tav_test_environment.h"
 
 extern "C" int tavFsCApiCheck(void);
 
@@ -225,21 +225,12 @@ TEST(Location, CopiesAndAssignmentsPointIntoTheirOwnBuffer) {
 namespace fs = std::filesystem;
 
 void setVariable(const char* name, const char* value) { TavClEnvironmentVariable(name, value); }
-std::optional<std::string> valueOf(const char* name) {
-  const char* value = TavClEnvironmentVariableQueryOnly(name).getValue();
-  return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
-}
 
 // Puts back the variables that choose the temporary directory, and gives each test a scratch
 // directory of its own.
 class TemporaryNames : public testing::Test {
  protected:
-  ~TemporaryNames() override {
-    for (auto& [name, value] : saved) setVariable(name, value ? value->c_str() : nullptr);
-  }
-
-  std::pair<const char*, std::optional<std::string>> saved[3] = {
-      {"TMP", valueOf("TMP")}, {"TEMP", valueOf("TEMP")}, {"TMPDIR", valueOf("TMPDIR")}};
+  const tav::test::VariableChange tmp{"TMP"}, temp{"TEMP"}, tmpdir{"TMPDIR"};
   const ScratchDirectory scratch;
   const std::string scratchText = scratch.text();
 };
