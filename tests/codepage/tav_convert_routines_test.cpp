@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -34,66 +34,20 @@ Outcome convert(const TavClConverterABase& converter, const std::string& input, 
           converter.getError().id};
 }
 
-// One routine's full result for an input, against which every shorter output is checked.
-struct RoutineCase {
-  const char* name;
-  std::function<std::unique_ptr<TavClConverterABase>()> make;
-  std::string input;
-  bool needsIcu;
-};
-
-// A code page that has no built-in table, so that ICU serves it.
-constexpr TavEnCCSID kIcuOnly = static_cast<TavEnCCSID>(1112);
-
-TavEnCCSID ccsid(uint32_t number) { return static_cast<TavEnCCSID>(number); }
-
-std::vector<RoutineCase> routineCases() {
-  auto to = [](TavEnCCSID ccsid) {
-    return [ccsid] { return std::make_unique<TavClCodePage2UnicodeConverter>(TavClCCSID(ccsid)); };
-  };
-  auto from = [](TavEnCCSID ccsid) {
-    return [ccsid] { return std::make_unique<TavClUnicode2CodePageConverter>(TavClCCSID(ccsid)); };
-  };
-  const std::string mixedUcs2 = ucs2({'A', 0xE9, 0x20AC, 0xD83D, 0xDE00, 0xDC00, 'z'});
-  return {
-      {"copy", to(TAV_CCSID_UCS2), mixedUcs2 + "!", false},
-      {"swap", from(TAV_CCSID_UCS2_BIG_ENDIAN), mixedUcs2 + "!", false},
-      {"819", from(TAV_CCSID_ISO8859_1), mixedUcs2 + "!", false},
-      {"utf8 to ucs2", to(TAV_CCSID_UTF8),
-       "A\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xC0\xAF\xED\xA0\x80z\xE2\x82", false},
-      {"ucs2 to utf8", from(TAV_CCSID_UTF8), mixedUcs2 + "!", false},
-      {"icu to unicode", to(kIcuOnly), "\xC8\x85\x93\x93\x96\x40\x9F\x15", true},
-      {"icu from unicode", from(kIcuOnly), ucs2({'H', 'i', 0xE9, 0x20AC, 'z'}) + "!", true},
-      {"sbcs ebcdic", to(TAV_CCSID_EBCDIC_37), "\xC8\x85\x93\x93\x96\x40\x9F\x15", false},
-      {"sbcs ascii", to(TAV_CCSID_PC_850), "Hi \x82\xD5\xFF", false},
-      {"reverse", from(TAV_CCSID_EBCDIC_500), mixedUcs2 + "!", false},
-      // Single bytes, pairs, a pair of two units, an illegal pair, then a cut pair in
-      // double-byte mode.
-      {"dbcs ebcdic", to(ccsid(1390)),
-       "A\x0E\x44\x5A\xEC\xB5\x44\x0F\x0F"
-       "Z\x0E\x45\x41\x44",
-       false},
-      {"dbcs ascii", to(ccsid(1386)), "A\x81\x40\x81\x20z\xA1", false},
-      {"four-byte", to(ccsid(1392)),
-       "\x81\x30\x81\x30\x95\x32\x82\x36"
-       "A\x81\x30\x81",
-       false},
-      {"three-byte", to(ccsid(33722)), "\x8F\xA2\xAF\x8E\xB1\xA4\xA2\x8F\xA2", false},
-  };
-}
-
+// Each routine's full result for an input, against which every shorter output is checked.
 TEST(ConvertRoutines, EveryOutputSizeStaysInside) {
-  for (const RoutineCase& routine : routineCases()) {
-    SCOPED_TRACE(routine.name);
-    if (routine.needsIcu && !tav::os::icuIsAvailable()) continue;
-    auto converter = routine.make();
+  for (const auto& row : tav::test::readDataTable("codepage/routine_inputs.txt", 5)) {
+    SCOPED_TRACE(row.where);
+    if (row.flag(3) && !tav::os::icuIsAvailable()) continue;
+    auto make = [&row] { return tav::test::makeConverter(row.str(1), row.str(2)); };
+    const std::string input = parseHex(row.str(4));
+    auto converter = make();
     ASSERT_TRUE(converter->isSupported());
-    Outcome whole = convert(*converter, routine.input, routine.input.size() * 4);
+    Outcome whole = convert(*converter, input, input.size() * 4);
     EXPECT_NE(whole.error, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
     for (size_t outSize = 0; outSize <= whole.written.size(); ++outSize) {
       SCOPED_TRACE(outSize);
-      auto fresh = routine.make();
-      Outcome part = convert(*fresh, routine.input, outSize);
+      Outcome part = convert(*make(), input, outSize);
       // A shorter output holds a start of the whole result and stops with TOO_BIG.
       EXPECT_EQ(part.written, whole.written.substr(0, part.written.size()));
       EXPECT_LE(part.consumed, whole.consumed);
@@ -106,14 +60,13 @@ TEST(ConvertRoutines, EveryOutputSizeStaysInside) {
     }
     // Every input size, the output large enough: nothing is read past the input's end, which
     // the sanitizer builds check, and the pointer never moves past it.
-    for (size_t inSize = 0; inSize <= routine.input.size(); ++inSize) {
+    for (size_t inSize = 0; inSize <= input.size(); ++inSize) {
       SCOPED_TRACE(inSize);
-      auto fresh = routine.make();
       std::unique_ptr<char[]> exact(new char[inSize == 0 ? 1 : inSize]);
-      std::memcpy(exact.get(), routine.input.data(), inSize);
+      std::memcpy(exact.get(), input.data(), inSize);
       GuardedOutput out(inSize * 4);
       const char* cursor = exact.get();
-      fresh->convertBytes(out.data(), inSize * 4, &cursor, inSize);
+      make()->convertBytes(out.data(), inSize * 4, &cursor, inSize);
       EXPECT_LE(static_cast<size_t>(cursor - exact.get()), inSize);
       EXPECT_TRUE(out.guardIntact());
     }
