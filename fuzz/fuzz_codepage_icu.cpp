@@ -16,6 +16,7 @@
 #include <memory>
 #include <vector>
 
+#include "fuzz_converters.h"
 #include "tav_codepage.h"
 
 namespace {
@@ -23,28 +24,10 @@ namespace {
 // Single-byte EBCDIC and ASCII, double-byte EBCDIC and ASCII, and the ones opened by name.
 const uint32_t kCCSIDs[] = {37, 500, 850, 1252, 930, 1386, 33722, 942, 943, 1392, 65502};
 constexpr size_t kCCSIDCount = sizeof kCCSIDs / sizeof kCCSIDs[0];
-constexpr size_t kGuard = 64;
-constexpr unsigned char kFill = 0x5A;
-
-TavClConverterABase* converterFor(uint32_t ccsid, bool fromUnicode) {
-  static std::map<uint32_t, std::unique_ptr<TavClConverterABase>> converters;
-  auto& slot = converters[ccsid | (fromUnicode ? 0x80000000u : 0)];
-  if (!slot) {
-    TavClCCSID code(static_cast<TavEnCCSID>(ccsid));
-    if (fromUnicode) {
-      slot = std::make_unique<TavClUnicode2CodePageConverter>(code);
-    } else {
-      slot = std::make_unique<TavClCodePage2UnicodeConverter>(code);
-    }
-  }
-  return slot.get();
-}
-
-[[noreturn]] void fail(const char* what, uint32_t ccsid, size_t inSize, size_t outSize) {
-  std::fprintf(stderr, "%s: CCSID %u, %zu input bytes, output size %zu\n", what, ccsid, inSize,
-               outSize);
-  std::abort();
-}
+using tav_fuzz::converterFor;
+using tav_fuzz::fail;
+using tav_fuzz::kFill;
+using tav_fuzz::kGuard;
 
 }  // namespace
 

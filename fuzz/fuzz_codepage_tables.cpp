@@ -16,6 +16,7 @@
 #include <memory>
 #include <vector>
 
+#include "fuzz_converters.h"
 #include "tav_codepage.h"
 
 namespace {
@@ -28,28 +29,10 @@ const uint32_t kTableCCSIDs[] = {37,   273,  277,  278,  280,   284,  285,  297,
                                  1386, 1390, 1392, 1399, 33722, 5026, 5035, 936,  954,  18030};
 constexpr size_t kTableCount = sizeof kTableCCSIDs / sizeof kTableCCSIDs[0];
 const uint32_t kReverseCCSIDs[] = {500, 850};
-constexpr size_t kGuard = 64;
-constexpr unsigned char kFill = 0x5A;
-
-TavClConverterABase* converterFor(uint32_t ccsid, bool fromUnicode) {
-  static std::map<uint32_t, std::unique_ptr<TavClConverterABase>> converters;
-  auto& slot = converters[ccsid | (fromUnicode ? 0x80000000u : 0)];
-  if (!slot) {
-    TavClCCSID code(static_cast<TavEnCCSID>(ccsid));
-    if (fromUnicode) {
-      slot = std::make_unique<TavClUnicode2CodePageConverter>(code);
-    } else {
-      slot = std::make_unique<TavClCodePage2UnicodeConverter>(code);
-    }
-  }
-  return slot.get();
-}
-
-[[noreturn]] void fail(const char* what, uint32_t ccsid, size_t inSize, size_t outSize) {
-  std::fprintf(stderr, "%s: CCSID %u, %zu input bytes, output size %zu\n", what, ccsid, inSize,
-               outSize);
-  std::abort();
-}
+using tav_fuzz::converterFor;
+using tav_fuzz::fail;
+using tav_fuzz::kFill;
+using tav_fuzz::kGuard;
 
 struct Result {
   std::vector<unsigned char> written;
