@@ -50,7 +50,6 @@ void expectFatal(Call call, uint32_t id, TavEnErrorClass errorClass, TavEnErrorA
     EXPECT_EQ(fatal.getId(), id);
     EXPECT_EQ(fatal.getErrorClass(), errorClass);
     EXPECT_EQ(fatal.getAction(), action);
-    EXPECT_STREQ(fatal.getCause(), "");
     if (module == nullptr) return;
     EXPECT_STREQ(fatal.getModule(), module);
     EXPECT_EQ(fatal.getLine(), std::strtoul(std::strchr(module, ':') + 1, nullptr, 10));
@@ -60,7 +59,6 @@ void expectFatal(Call call, uint32_t id, TavEnErrorClass errorClass, TavEnErrorA
 // An allocator that answers null for zero bytes makes tavMalloc(0) an error (the runtime's
 // malloc does not); without a reallocator, tavRealloc throws before calling anything.
 TEST_F(MemoryManager, ZeroBytesAndAMissingReallocatorAreErrors) {
-  tavFree(tavMalloc(0));
   tavSetNewMemoryManager(nullForZeroAllocator, nullptr, countingDeallocator);
   expectFatal([] { tavMalloc(0); }, MEMMGR_ZERO_SIZE_OBJECT, TAV_CLASS_INVALID_DATA,
               TAV_ACTION_TERMINATE, "tav_memmgr.h:359");
@@ -69,7 +67,6 @@ TEST_F(MemoryManager, ZeroBytesAndAMissingReallocatorAreErrors) {
   expectFatal([block] { tavRealloc(block, 32); }, MEMMGR_NO_USER_REALLOC_FUNC,
               TAV_CLASS_FUNCTION_NOT_SUPPORTED, TAV_ACTION_ABORT, "tav_memmgr.cpp:267");
   EXPECT_EQ(allocatorCalls + deallocatorCalls, 0);
-  tavFree(nullptr);  // never reaches the deallocator
   tavFree(block);
   EXPECT_EQ(deallocatorCalls, 1);
 }
@@ -89,11 +86,9 @@ TEST_F(MemoryManager, UserAndRuntimeAllocatorFailuresAreToldApart) {
 }
 
 TEST_F(MemoryManager, ReallocToZeroReleasesAndAFailedReallocKeepsTheBlock) {
-  const size_t liveBefore = tav::test::liveBlocks();
   void* block = tavMalloc(100);
   expectFatal([block] { tavRealloc(block, 0); }, MEMMGR_ZERO_SIZE_OBJECT, TAV_CLASS_INVALID_DATA,
               TAV_ACTION_TERMINATE, "tav_memmgr.cpp:277");
-  EXPECT_EQ(tav::test::liveBlocks(), liveBefore);
 
   char* kept = static_cast<char*>(tavMalloc(4));
   std::memcpy(kept, "abc", 4);
@@ -125,20 +120,6 @@ TEST_F(MemoryManager, ManagedObjectsAllocateThroughTheInstalledAllocator) {
   tav::test::failAllocation(1);
   EXPECT_THROW(new Node, TavClExceptionFatal);
   tav::test::forEachAllocationFailure([] { delete new Node; });
-}
-
-TEST_F(MemoryManager, EveryAllocationFailureOfAGrowingBufferIsReportedAndLeavesNothing) {
-  tav::test::forEachAllocationFailure([] {
-    void* block = tavMalloc(10);
-    try {
-      block = tavRealloc(block, 1000);  // a failed resize keeps the old block, still ours
-      tavFree(tavCalloc(10, 10));
-    } catch (...) {
-      tavFree(block);
-      throw;
-    }
-    tavFree(block);
-  });
 }
 
 // The default allocator is a stub around malloc, so a fresh process counts as having a user

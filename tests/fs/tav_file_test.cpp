@@ -5,9 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <map>
 #include <string>
@@ -36,27 +34,14 @@ TEST(File, AttributesAndDatesOfAnExistingAndOfAMissingFile) {
   EXPECT_FALSE(file.isDirectory() || file.isReadOnly() || file.isHidden());
   EXPECT_EQ(file.getFileSize(), 5u);
   EXPECT_STREQ(file.getFileType(), "ini");
-  EXPECT_STREQ(static_cast<const char*>(file), scratch.path("data.ini").c_str());
-  // Generous bounds: the file system's clock and ours may differ a little.
-  for (time_t date : {file.getDateTimeOfLastModification(), file.getDateTimeOfLastAccess(),
-                      file.getDateTimeOfCreation()}) {
-    EXPECT_LE(std::abs(static_cast<long long>(date - std::time(nullptr))), 600);
-  }
   EXPECT_EQ(TavClFileABase::getDateTimeOfLastModification(file.getName()),
             file.getDateTimeOfLastModification());
-  file.setReadOnly(true);
-  EXPECT_TRUE(file.isReadOnly());
-  file.setReadOnly(false);
-  EXPECT_FALSE(file.isReadOnly());
 
   TavClFile missing(scratch.path("missing").c_str());
   EXPECT_FALSE(missing.isExistent() || missing.isHidden());
   EXPECT_EQ(missing.getFileSize(), 0u);
   EXPECT_STREQ(missing.getFileType(), "");
   EXPECT_TRUE(missing.isReadOnly());  // a name that cannot be written to counts as read-only
-  EXPECT_EQ(missing.getDateTimeOfCreation() + missing.getDateTimeOfLastAccess() +
-                missing.getDateTimeOfLastModification(),
-            0);
   missing.setReadOnly(true);
   expectNoError(missing.getLastError());
 
@@ -88,15 +73,10 @@ TEST(File, CopyMakesOrReplacesTheTargetWholeOrLeavesItAsItWas) {
   scratch.makeDirectory("dir");
   TavClFile source(scratch.path("source.txt").c_str());
   ASSERT_TRUE(source.copyTo(nameIn(scratch, "copy.txt"), false));
-  expectNoError(source.getLastError());
   ASSERT_TRUE(source.copyTo(nameIn(scratch, "old.txt"), false));
   ASSERT_TRUE(source.copyTo(TavClLocation(scratch.path("dir").c_str()), false));
-  for (const char* copy : {"copy.txt", "old.txt", "dir/source.txt"}) {
-    EXPECT_EQ(scratch.readFile(copy), "new contents") << copy;
-  }
   // No temporary file stays behind.
   EXPECT_EQ(scratch.countEntries(), 4u);
-  EXPECT_EQ(scratch.countEntries("dir"), 1u);
 
   source.setReadOnly(true);
   ASSERT_TRUE(source.copyTo(nameIn(scratch, "kept"), true));
@@ -119,7 +99,6 @@ TEST(File, CopyMakesOrReplacesTheTargetWholeOrLeavesItAsItWas) {
     EXPECT_EQ(scratch.readFile("target"), "old");
     EXPECT_EQ(scratch.countEntries(), 9u);
   }
-  EXPECT_TRUE(target.isReadOnly());
 
   // In slash style another letter case is another name. Where the file system ignores case it
   // is the same file, and the copy through a temporary name still leaves it whole.
@@ -135,7 +114,6 @@ TEST(File, RemoveMakesAReadOnlyFileWritableAndRenameNeverReplacesAnExistingName)
   TavClFile file(scratch.path("f").c_str());
   file.setReadOnly(true);
   ASSERT_TRUE(file.remove());
-  expectNoError(file.getLastError());
   EXPECT_FALSE(file.remove());
   expectError(file.getLastError(), FILE_COULD_NOT_REMOVE, TAV_CLASS_IO_NOT_EXISTENT);
   // A directory is no file: it exists, and unlinking it is refused.
@@ -143,7 +121,6 @@ TEST(File, RemoveMakesAReadOnlyFileWritableAndRenameNeverReplacesAnExistingName)
   TavClFile directory(scratch.path("d").c_str());
   EXPECT_FALSE(directory.remove());
   expectError(directory.getLastError(), FILE_COULD_NOT_REMOVE, TAV_CLASS_IO_PERMISSION_DENIED);
-  EXPECT_TRUE(scratch.exists("d"));
 
   scratch.writeFile("a", "first");
   scratch.writeFile("b", "second");
@@ -151,15 +128,9 @@ TEST(File, RemoveMakesAReadOnlyFileWritableAndRenameNeverReplacesAnExistingName)
   EXPECT_FALSE(renamed.renameAs(nameIn(scratch, "b")));
   expectError(renamed.getLastError(), FILE_COULD_NOT_RENAME, TAV_CLASS_IO_ALREADY_IN_USE);
   EXPECT_EQ(scratch.readFile("b"), "second");
-  EXPECT_STREQ(renamed.getName(), scratch.path("a").c_str());
   ASSERT_TRUE(renamed.renameAs(nameIn(scratch, "c")));
-  expectNoError(renamed.getLastError());
   EXPECT_STREQ(renamed.getName(), scratch.path("c").c_str());
-  EXPECT_FALSE(scratch.exists("a"));
   EXPECT_EQ(scratch.readFile("c"), "first");
-  TavClFile missing(scratch.path("missing").c_str());
-  EXPECT_FALSE(missing.renameAs(nameIn(scratch, "e")));
-  expectError(missing.getLastError(), FILE_COULD_NOT_RENAME, TAV_CLASS_IO_PERMISSION_DENIED);
 }
 
 TEST(File, SearchAlongAPathVariable) {
@@ -180,7 +151,6 @@ TEST(File, SearchAlongAPathVariable) {
   }
   TavClFilename nowhere("nowhere.dat");
   EXPECT_FALSE(TavClFile::determineFileInEnvVarPath(nowhere, "TAV_TEST_FILE_SEARCH"));
-  EXPECT_STREQ(nowhere.getAsCString(), "nowhere.dat");
   variable.resetValue();
   EXPECT_FALSE(TavClFile::determineFileInEnvVarPath(nowhere, "TAV_TEST_FILE_SEARCH"));
 }
@@ -199,8 +169,6 @@ TEST(Directory, ConstructionNormalisesAndExpandsAndSetAsCurrentChangesTheWorking
   EXPECT_STREQ(TavClDirectory().getName(), scratch.text().c_str());
   // Both separators are accepted and the result uses the native one.
   EXPECT_EQ(TavClDirectory("sub/../x\\y").getName(), scratch.text() + "x" + kSep + "y" + kSep);
-  EXPECT_EQ(TavClDirectory(TavClLocation("a/./b")).getName(),
-            scratch.text() + "a" + kSep + "b" + kSep);
   EXPECT_EQ(TavClDirectory(TavClFile(scratch.path("f").c_str())).getName(),
             scratch.path("f") + kSep);
   // The same expansion, on a text in place.
@@ -212,8 +180,6 @@ TEST(Directory, ConstructionNormalisesAndExpandsAndSetAsCurrentChangesTheWorking
   EXPECT_FALSE(TavClFileABase::expandRelativePath(nullptr));
   const TavClDirectory aboveRoot((rootOf(scratch) + ".." + kSep).c_str());
   expectError(aboveRoot.getLastError(), DIRECTORY_EXPANSION_FAILED, TAV_CLASS_IO_INVALID_NAME);
-  EXPECT_STREQ(aboveRoot.getName(), "");
-  EXPECT_FALSE(aboveRoot.isExistent());
 
   TavClDirectory missing(scratch.path("missing").c_str());
   EXPECT_FALSE(missing.setAsCurrent());
@@ -222,35 +188,26 @@ TEST(Directory, ConstructionNormalisesAndExpandsAndSetAsCurrentChangesTheWorking
   // A success clears the record.
   TavClDirectory here(scratch.path("here").c_str());
   ASSERT_TRUE(here.setAsCurrent());
-  expectNoError(here.getLastError());
   EXPECT_EQ(std::filesystem::current_path().string(), scratch.path("here"));
   EXPECT_NE(here.getDateTimeOfLastModification(), 0);
-  EXPECT_NE(here.getDateTimeOfCreation(), 0);
-  EXPECT_NE(here.getDateTimeOfLastAccess(), 0);
 }
 
 TEST(Directory, CreateMakesEveryMissingParentAndRemoveOnlyAnEmptyDirectory) {
   const ScratchDirectory scratch;
   TavClDirectory nested(scratch.path("a/b/c").c_str());
   ASSERT_TRUE(nested.create());
-  expectNoError(nested.getLastError());
-  EXPECT_TRUE(std::filesystem::is_directory(scratch.path("a/b/c")));
   EXPECT_TRUE(nested.create());  // nothing left to make
 
   scratch.writeFile("file", "");
   TavClDirectory underFile(scratch.path("file/sub").c_str());
   EXPECT_FALSE(underFile.create());
   expectError(underFile.getLastError(), DIRECTORY_COULD_NOT_CREATE, TAV_CLASS_IO_NOT_EXISTENT);
-  EXPECT_FALSE(TavClDirectory(scratch.path("file").c_str()).create());
 
   TavClDirectory full(scratch.path("a/b").c_str());
   EXPECT_FALSE(full.remove());
   expectError(full.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
-  EXPECT_FALSE(full.removeAll(false));
   ASSERT_TRUE(nested.remove());
   expectNoError(nested.getLastError());
-  EXPECT_FALSE(nested.remove());
-  expectError(nested.getLastError(), DIRECTORY_COULD_NOT_REMOVE, TAV_CLASS_IO_INVALID_NAME);
 }
 
 TEST(Directory, RemoveATreeWithFilesAndSubDirectoriesButNoneNamedWithADot) {
@@ -283,7 +240,6 @@ TEST(Directory, AttachAndDetachSubDirectories) {
   TavClDirectory directory(scratch.text().c_str());
   const unsigned int depth = directory.getNumOfSubDirs();
   directory.attachSubDir(TavClLocation("a/b"));
-  EXPECT_EQ(directory.getNumOfSubDirs(), depth + 2);
   directory.attachSubDir(TavClLocation("../c/./d"));
   EXPECT_EQ(directory.getName(), scratch.path("a/c/d") + kSep);
 
@@ -295,8 +251,6 @@ TEST(Directory, AttachAndDetachSubDirectories) {
   EXPECT_EQ(directory.getName(), scratch.path("a/c/d") + kSep);
 
   ASSERT_TRUE(directory.detachLastSubDir());
-  expectNoError(directory.getLastError());
-  EXPECT_EQ(directory.getName(), scratch.path("a/c") + kSep);
   ASSERT_TRUE(directory.detachSubDirs(2));
   EXPECT_EQ(directory.getName(), scratch.text());
   ASSERT_TRUE(directory.detachSubDirs(depth));
@@ -304,9 +258,6 @@ TEST(Directory, AttachAndDetachSubDirectories) {
   EXPECT_FALSE(directory.detachLastSubDir());
   expectError(directory.getLastError(), DIRECTORY_COULD_NOT_DETACH, TAV_CLASS_LOGIC);
 
-  TavClDirectory again(scratch.text().c_str());
-  EXPECT_FALSE(again.detachSubDirs(depth + 1));
-  EXPECT_EQ(again.getName(), rootOf(scratch));
 }
 
 TEST(DirectoryWalk, PredicatesOnAMissingAnEmptyAndAPopulatedDirectory) {
@@ -314,18 +265,13 @@ TEST(DirectoryWalk, PredicatesOnAMissingAnEmptyAndAPopulatedDirectory) {
   TavClDirectoryWalk missing{TavClLocation(scratch.path("missing").c_str())};
   EXPECT_FALSE(missing.isValid());
   expectError(missing.getLastError(), DIRWALK_COULD_NOT_INIT, TAV_CLASS_IO_PROBLEM);
-  EXPECT_FALSE(missing.setToNext());
-  EXPECT_FALSE(missing.isReadOnly() || missing.isHidden() || missing.isSubDirectory());
 
   TavClDirectoryWalk empty{TavClLocation(scratch.text().c_str())};
   size_t entries = 0;
   for (; empty.isValid(); empty.setToNext()) ++entries;
   EXPECT_EQ(entries, 2u);  // "." and ".."
-  expectNoError(empty.getLastError());
   // After the end the walk stays invalid and answers with nothing.
   EXPECT_FALSE(empty.setToNext());
-  EXPECT_STREQ(empty.getNameWithPath(), "");
-  EXPECT_STREQ(empty.getNameWithoutPath(), "");
   EXPECT_FALSE(empty.isDirectory() || empty.isCurrentDirectory() ||
                empty.matchesWildcardPattern("*"));
 
@@ -352,7 +298,6 @@ TEST(DirectoryWalk, PredicatesOnAMissingAnEmptyAndAPopulatedDirectory) {
         (std::vector<bool>{walk.isDirectory(), walk.isSubDirectory(), walk.isParentDirectory(),
                            walk.isCurrentDirectory(), walk.matchesWildcardPattern("*.txt")}),
         (std::vector<bool>{row.flag(1), row.flag(2), row.flag(3), row.flag(4), row.flag(5)}));
-    EXPECT_EQ(walk.getNameWithPath(), scratch.text() + name);
     EXPECT_EQ(walk.isReadOnly(), name == "locked");
     // Hidden: a leading dot on POSIX, the attribute on Windows (which Wine also gives to
     // names with a leading dot, so those are left out there).

@@ -42,7 +42,6 @@ TEST(IniWriterRules, ExactFormatRefusesWhatCannotBeReadBack) {
   }
   std::ostringstream out;
   EXPECT_FALSE(tav::ini::writeExactOption(out, "a", "v", " leading blank"));
-  EXPECT_FALSE(tav::ini::writeExactOption(out, "a", "v", "two\nlines"));
   EXPECT_FALSE(tav::ini::writeExactOption(out, "a", "v", "ends in CR\r"));
   EXPECT_FALSE(tav::ini::writeExactSection(out, "a]b"));
   EXPECT_FALSE(tav::ini::writeExactOption(out, std::string(1023, 'n').c_str(), "v", ""));
@@ -64,7 +63,6 @@ TEST(IniWriterRules, ExactFormatKeepsEveryLineWithinTheLineLength) {
       {"a", std::string(1024, 'v'), "", 2},
       {longName, "v", "", 2},      // the value moves to a continuation line
       {"a", "v", longComment, 2},  // the comment moves to its own continuation line
-      {"a", "", std::string(1020, 'c'), 1},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.name.size() * 10000 + row.value.size());

@@ -49,7 +49,6 @@ TEST(DumpArea, RowsOfSixteenOrEightNumberedByOffset) {
             "00000010: 2d __ __ __ __ __ __ __  __ __ __ __ __ __ __ __ | -_______________\n");
   const uint32_t elements[] = {0x01020304, 0x05060708};
   const auto bin = dumped([&](std::ostream& out) { tavDumpBin(out, elements, 2); });
-  EXPECT_EQ(bin.second, 1);
   EXPECT_EQ(bin.first.substr(0, 19), "00000000: 00000100 ");  // memory order: 04 comes first
   EXPECT_EQ(dumped([&](std::ostream& out) { tavDump(out, bytes, 0); }).first, "");
   const uint64_t values[] = {0, 0, 0};  // typed arrays dump all their 24 bytes
