@@ -128,25 +128,6 @@ TEST(ConvertRoutines, SystemConversionIntoTheProcessCodePage) {
   }
 }
 
-TEST(ConvertRoutines, IcuConvertersByCCSID) {
-  if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
-  const unsigned int known[] = {37, 1392, 65502};
-  for (unsigned int ccsid : known) {
-    SCOPED_TRACE(ccsid);
-    _TavStError error{1, TAV_CLASS_LOGIC};
-    void* converter = tavGetICUConverter(ccsid, error);
-    EXPECT_TRUE(converter != nullptr && error.id == NO_ERROR);
-    tavDeleteICUConverter(converter);
-  }
-  const unsigned int unknown[] = {12345, 0xFFFFFFFFu};
-  for (unsigned int ccsid : unknown) {
-    SCOPED_TRACE(ccsid);
-    _TavStError error{NO_ERROR, TAV_CLASS_UNKNOWN};
-    EXPECT_TRUE(tavGetICUConverter(ccsid, error) == nullptr && error.id != NO_ERROR);
-  }
-  tavDeleteICUConverter(nullptr);
-}
-
 TEST(ConvertRoutines, IcuWithUnalignedBuffersAndOddSizes) {
   if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
   // 1112 has no built-in table, so ICU serves it; these letters are the same as in 37.

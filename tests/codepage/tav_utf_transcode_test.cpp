@@ -36,12 +36,6 @@ struct Outcome {
   }
 };
 
-std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
-  for (unsigned char byte : outcome.out) stream << std::hex << int{byte} << ' ';
-  return stream << std::dec << "consumed " << outcome.consumed << " status "
-                << static_cast<int>(outcome.status);
-}
-
 Outcome run(Transcoder transcode, const std::string& input, size_t outSize) {
   std::vector<char> in(input.begin(), input.end());  // exactly the input, nothing behind it
   std::vector<char> out(outSize + kGuardSize, kGuardByte);

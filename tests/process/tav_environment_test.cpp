@@ -65,8 +65,7 @@ TEST_F(EnvironmentVariable, LongNamesAreKeptWholeAndQueriesFollowTheirName) {
   TavClEnvironmentVariableQueryOnly assigned;
   {
     const TavClEnvironmentVariableQueryOnly original(longName.c_str());
-    TavClEnvironmentVariableQueryOnly copied = original;
-    assigned = copied;
+    assigned = TavClEnvironmentVariableQueryOnly(original);
   }
   EXPECT_EQ(assigned.getName(), longName);
   EXPECT_STREQ(assigned.getValue(), "whole");
