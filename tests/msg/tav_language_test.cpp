@@ -62,6 +62,7 @@ TEST(Language, TheNumberFormKeepsBothPartsAndValuesBeyondTheTablesPrintAsUnknown
   const TavClLanguage beyond(0xFFFF0000u | 500u);
   EXPECT_EQ(printed(beyond), std::vector<std::string>(4, "?\?-??"));
   EXPECT_STREQ(TavClLanguage::getTerritoryName(beyond.getTerritory()), "??");
+  EXPECT_EQ(TavClLanguage::getTerritoryIdNumber(TavClLanguage::TAV_TERRITORY_UNKNOWN), -1);
 }
 
 // The rows that differ from the usual pattern.

@@ -83,6 +83,7 @@ TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
   std::ostringstream stream;
   stream << TavClMessage(target);
   EXPECT_EQ(stream.str(), "other");
+  EXPECT_STREQ(target.setNewMessageId(1, "x"), "short x");
 }
 
 TEST(Message, FailedAllocationsLeakNothing) {

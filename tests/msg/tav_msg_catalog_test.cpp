@@ -33,6 +33,8 @@ TEST(BuiltInTable, NamesComeFromTheErrorListsAndTheOtherTextsAreFixed) {
 
 TEST(MessageCatalogCFunctions, StringTableHandle) {
   EXPECT_EQ(tavMsgCatOpen("no-such-catalog"), nullptr);
+  const TavClMessageCatalog unloaded(TavClFilename("no-such-catalog"));
+  EXPECT_EQ(tavMsgCatOpenAttach(&unloaded), nullptr);
   EXPECT_EQ(tavMsgCatOpenAttach(nullptr), nullptr);
 
   TavClMessageCatalogProxy* handle =
@@ -49,6 +51,7 @@ TEST(MessageCatalogCFunctions, StringTableHandle) {
                "Percent:% Arg1:1 Arg2:2 Arg3:3 Arg4:4 Arg5:5 Arg6:6 Arg7:7 Arg8:8 Arg9:9 Arg10:10");
   tavMsgCatClose(handle);
   tavMsgCatClose(nullptr);
+  EXPECT_STREQ(tavMsgCatGet(nullptr, 1), "");
 
   // The handle's buffer holds the longest message.
   const std::string half(TAV_MSG_MAX_LENGTH / 2 + 7, 'q');

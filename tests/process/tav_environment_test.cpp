@@ -69,6 +69,7 @@ TEST_F(EnvironmentVariable, LongNamesAreKeptWholeAndQueriesFollowTheirName) {
   }
   EXPECT_EQ(assigned.getName(), longName);
   EXPECT_STREQ(assigned.getValue(), "whole");
+  EXPECT_STREQ(TavClEnvironmentVariableQueryOnly(variable).getValue(), "whole");
   variable.resetValue();
 
   TavClEnvironmentVariableQueryOnly query;
