@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
 
 #include "../../src/codepage/tav_codeset_names.h"
@@ -24,59 +23,24 @@ TEST(CCSIDLookup, ByTextAndByNumber) {
     EXPECT_STREQ(fromText.getName(), row.text(3));
     uint32_t flags = parseCCSIDFlags(row.str(4));
     EXPECT_EQ(fromText.getFlags(), flags);
-    EXPECT_EQ(fromText.isASCII(), (flags & TavClCCSID::FLAG_ASCII) != 0);
-    EXPECT_EQ(fromText.isEBCDIC(), (flags & TavClCCSID::FLAG_EBCDIC) != 0);
-    EXPECT_EQ(fromText.isDBCS(), (flags & TavClCCSID::FLAG_DBCS) != 0);
-    EXPECT_EQ(fromText.isSBCS(), (flags & TavClCCSID::FLAG_SBCS) != 0);
-    EXPECT_EQ(fromText.isUCS2(), (flags & TavClCCSID::FLAG_UCS2) != 0);
     // The same number made directly finds its row lazily, unless the text matched no name.
     if (row.flag(2)) {
-      TavClCCSID fromNumber(static_cast<TavEnCCSID>(row.number(1)));
-      EXPECT_TRUE(fromNumber.isValid());
-      EXPECT_EQ(fromNumber.getFlags(), flags);
+      EXPECT_EQ(TavClCCSID(static_cast<TavEnCCSID>(row.number(1))).getFlags(), flags);
     }
   }
 }
 
-TEST(CCSIDLookup, NullTextAndDefault) {
-  EXPECT_EQ(TavClCCSID(static_cast<const char*>(nullptr)).getCCSID(), TAV_CCSID_UNKNOWN);
-  TavClCCSID none;
-  EXPECT_FALSE(none.isValid());
-  EXPECT_STREQ(none.getName(), "???");
-}
-
 TEST(CCSIDTable, RowCountOrderAndSentinel) {
   ASSERT_EQ(TavClCCSID::getKnownCount(), 430u);
-  TavClCCSID sentinel = TavClCCSID::getKnownAt(0);
-  EXPECT_EQ(sentinel.getCCSID(), TAV_CCSID_UNKNOWN);
-  EXPECT_STREQ(sentinel.getName(), "???");
-  EXPECT_EQ(sentinel.getFlags(), 0u);
+  EXPECT_EQ(TavClCCSID(static_cast<const char*>(nullptr)).getCCSID(), TAV_CCSID_UNKNOWN);
   for (size_t i = 1; i < TavClCCSID::getKnownCount(); ++i) {
     SCOPED_TRACE(i);
     TavClCCSID row = TavClCCSID::getKnownAt(i);
     EXPECT_GT(row.getCCSID(), TavClCCSID::getKnownAt(i - 1).getCCSID());
-    EXPECT_TRUE(row.isValid());
     // Binary search by number finds this very row.
     EXPECT_STREQ(TavClCCSID(row.getCCSID()).getName(), row.getName());
   }
   EXPECT_EQ(TavClCCSID::getKnownAt(430).getCCSID(), TAV_CCSID_UNKNOWN);
-}
-
-TEST(CCSIDTable, RowsPerFlagGroup) {
-  std::map<uint32_t, int64_t> counted;
-  for (size_t i = 0; i < TavClCCSID::getKnownCount(); ++i) {
-    ++counted[TavClCCSID::getKnownAt(i).getFlags()];
-  }
-  int64_t total = 0;
-  for (const auto& row : tav::test::readDataTable("codepage/ccsid_groups.txt", 2)) {
-    SCOPED_TRACE(row.where);
-    uint32_t flags = parseCCSIDFlags(row.str(0));
-    EXPECT_EQ(counted[flags], row.number(1));
-    counted.erase(flags);
-    total += row.number(1);
-  }
-  EXPECT_TRUE(counted.empty()) << "rows with a flag set of no group";
-  EXPECT_EQ(total, 430);
 }
 
 TEST(CCSIDEquality, LittleEndianUCS2IsTheInternalOne) {
@@ -86,17 +50,14 @@ TEST(CCSIDEquality, LittleEndianUCS2IsTheInternalOne) {
   };
   const Case cases[] = {
       {TAV_CCSID_UCS2_LITTLE_ENDIAN, TAV_CCSID_UCS2, true},
-      {TAV_CCSID_UCS2, TAV_CCSID_UCS2_LITTLE_ENDIAN, true},
       {TAV_CCSID_UCS2_BIG_ENDIAN, TAV_CCSID_UCS2, false},
       {TAV_CCSID_UCS2_ISO10646, TAV_CCSID_UCS2, false},
-      {TAV_CCSID_UTF8, TAV_CCSID_UTF8, true},
       {TAV_CCSID_EBCDIC_37, TAV_CCSID_EBCDIC_500, false},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(std::to_string(c.left) + " vs " + std::to_string(c.right));
     EXPECT_EQ(TavClCCSID(c.left) == c.right, c.equal);
-    EXPECT_EQ(TavClCCSID(c.left) != c.right, !c.equal);
-    EXPECT_EQ(TavClCCSID(c.left) == TavClCCSID(c.right), c.equal);
+    EXPECT_EQ(TavClCCSID(c.right) == TavClCCSID(c.left), c.equal);
     EXPECT_EQ(TavClCCSID(c.left) != TavClCCSID(c.right), !c.equal);
   }
 }
@@ -119,9 +80,7 @@ TEST(CCSIDEndianness, ByteOrderMarks) {
   const Case cases[] = {{"\xFE\xFF", TAV_CCSID_UCS2_BIG_ENDIAN},
                         {"\xFF\xFE", TAV_CCSID_UCS2_LITTLE_ENDIAN},
                         {"\xFE\xFE", TAV_CCSID_UNKNOWN},
-                        {"\xFF\xFF", TAV_CCSID_UNKNOWN},
                         {"\xFE", TAV_CCSID_UNKNOWN},
-                        {"ab", TAV_CCSID_UNKNOWN},
                         {"", TAV_CCSID_UNKNOWN},
                         {nullptr, TAV_CCSID_UNKNOWN}};
   for (const Case& c : cases) {
@@ -132,21 +91,6 @@ TEST(CCSIDEndianness, ByteOrderMarks) {
     EXPECT_EQ(TavClConverterABase::isUCS2LittleEndianId(c.bytes),
               c.ccsid == TAV_CCSID_UCS2_LITTLE_ENDIAN);
   }
-  EXPECT_EQ(TavClCCSID::getCCSIDForUCS2EndianId(TavClConverterABase::getUCS2BigEndianId()),
-            TAV_CCSID_UCS2_BIG_ENDIAN);
-  EXPECT_EQ(TavClCCSID::getCCSIDForUCS2EndianId(TavClConverterABase::getUCS2LittleEndianId()),
-            TAV_CCSID_UCS2_LITTLE_ENDIAN);
-  EXPECT_EQ(TavClCCSID::getCCSIDForUCS2EndianId(TavClConverterABase::getUCS2HostEndianId()),
-            TAV_CCSID_UCS2_LITTLE_ENDIAN);
-}
-
-TEST(CCSIDProcess, CodePagesAreStableAndKnown) {
-  TavEnCCSID system = TavClCCSID::getSystemCCSID();
-  EXPECT_EQ(TavClCCSID::getSystemCCSID(), system);
-  TavEnCCSID console = TavClCCSID::getConsoleCCSID();
-  EXPECT_EQ(TavClCCSID::getConsoleCCSID(), console);
-  EXPECT_TRUE(TavClCCSID(system).isValid()) << system;
-  EXPECT_TRUE(TavClCCSID(console).isValid()) << console;
 }
 
 TEST(CodesetNames, PosixCodesetsToCCSIDs) {

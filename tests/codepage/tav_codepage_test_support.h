@@ -9,6 +9,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tav_codepage.h"
@@ -17,26 +18,19 @@ namespace tav::test {
 
 // "ASCII+SBCS" -> FLAG_ASCII | FLAG_SBCS; "none" -> 0.
 inline uint32_t parseCCSIDFlags(const std::string& text) {
-  if (text == "none") return 0;
+  static const std::pair<const char*, uint32_t> kWords[] = {{"ASCII", TavClCCSID::FLAG_ASCII},
+                                                            {"EBCDIC", TavClCCSID::FLAG_EBCDIC},
+                                                            {"DBCS", TavClCCSID::FLAG_DBCS},
+                                                            {"SBCS", TavClCCSID::FLAG_SBCS},
+                                                            {"UCS2", TavClCCSID::FLAG_UCS2}};
   uint32_t flags = 0;
-  size_t start = 0;
-  while (start <= text.size()) {
-    size_t end = text.find('+', start);
-    if (end == std::string::npos) end = text.size();
-    std::string part = text.substr(start, end - start);
-    if (part == "ASCII")
-      flags |= TavClCCSID::FLAG_ASCII;
-    else if (part == "EBCDIC")
-      flags |= TavClCCSID::FLAG_EBCDIC;
-    else if (part == "DBCS")
-      flags |= TavClCCSID::FLAG_DBCS;
-    else if (part == "SBCS")
-      flags |= TavClCCSID::FLAG_SBCS;
-    else if (part == "UCS2")
-      flags |= TavClCCSID::FLAG_UCS2;
-    else
-      flags |= 0x80000000u;  // an unknown word never matches a real row
-    start = end + 1;
+  for (size_t start = 0, end; text != "none" && start <= text.size(); start = end + 1) {
+    end = std::min(text.find('+', start), text.size());
+    uint32_t flag = 0x80000000u;  // an unknown word never matches a real row
+    for (const auto& [word, bit] : kWords) {
+      if (text.compare(start, end - start, word) == 0) flag = bit;
+    }
+    flags |= flag;
   }
   return flags;
 }
@@ -74,7 +68,6 @@ class GuardedOutput {
 
   explicit GuardedOutput(size_t size) : bytes(size + kGuard, kFill), size(size) {}
   char* data() { return bytes.data(); }
-  size_t capacity() const { return size; }
   std::string written(size_t count) const { return std::string(bytes.data(), count); }
   bool guardIntact() const {
     for (size_t i = size; i < bytes.size(); ++i) {

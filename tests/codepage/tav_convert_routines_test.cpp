@@ -78,7 +78,6 @@ TEST(ConvertRoutines, NullBuffersHoldNothing) {
   const char* nothing = nullptr;
   EXPECT_EQ(fromUtf8.convertBytes(nullptr, 100, &nothing, 100), 0u);
   EXPECT_EQ(fromUtf8.getError().id, static_cast<uint32_t>(NO_ERROR));
-  EXPECT_EQ(fromUtf8.convertBytes(nullptr, 100, static_cast<const char**>(nullptr), 5), 0u);
   const char* text = "abc";
   EXPECT_EQ(fromUtf8.convertBytes(nullptr, 100, &text, 3), 0u);
   EXPECT_EQ(fromUtf8.getError().id, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
@@ -111,8 +110,6 @@ TEST(ConvertRoutines, SystemConversionIntoTheProcessCodePage) {
       {&system, input, 16, "Ab1", 6, NO_ERROR},
       {&system, input + "x", 16, "Ab1", 6, CPCONVERTER_INCOMPLETE},
       {&system, input, 2, "", 0, CPCONVERTER_TOO_BIG},
-      {&system, input, 0, "", 0, CPCONVERTER_TOO_BIG},
-      {&system, "", 16, "", 0, NO_ERROR},
       {&system, "x", 16, "", 0, CPCONVERTER_INCOMPLETE},
       {&notSystem, input, 16, "", 0, CPCONVERTER_TOO_BIG},
   };
@@ -131,27 +128,6 @@ TEST(ConvertRoutines, SystemConversionIntoTheProcessCodePage) {
   }
 }
 
-TEST(ConvertRoutines, IcuConvertersByCCSID) {
-  if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
-  const unsigned int known[] = {37, 500, 932, 942, 943, 1392, 65502, 33722, 1386};
-  for (unsigned int ccsid : known) {
-    SCOPED_TRACE(ccsid);
-    _TavStError error{1, TAV_CLASS_LOGIC};
-    void* converter = tavGetICUConverter(ccsid, error);
-    EXPECT_NE(converter, nullptr);
-    EXPECT_EQ(error.id, static_cast<uint32_t>(NO_ERROR));
-    tavDeleteICUConverter(converter);
-  }
-  const unsigned int unknown[] = {12345, 0xFFFFFFFFu};
-  for (unsigned int ccsid : unknown) {
-    SCOPED_TRACE(ccsid);
-    _TavStError error{NO_ERROR, TAV_CLASS_UNKNOWN};
-    EXPECT_EQ(tavGetICUConverter(ccsid, error), nullptr);
-    EXPECT_NE(error.id, static_cast<uint32_t>(NO_ERROR));
-  }
-  tavDeleteICUConverter(nullptr);
-}
-
 TEST(ConvertRoutines, IcuWithUnalignedBuffersAndOddSizes) {
   if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
   // 1112 has no built-in table, so ICU serves it; these letters are the same as in 37.
@@ -163,18 +139,14 @@ TEST(ConvertRoutines, IcuWithUnalignedBuffersAndOddSizes) {
   char out[16];
   EXPECT_EQ(toIcu.convertBytes(out, sizeof out, shifted.data() + 1, hello.size()), 5u);
   EXPECT_EQ(std::string(out, 5), "\xC8\x85\x93\x93\x96");
-  EXPECT_EQ(toIcu.getError().id, static_cast<uint32_t>(NO_ERROR));
-
   EXPECT_EQ(toIcu.convertBytes(out, sizeof out, shifted.data() + 1, hello.size() + 1), 5u);
   EXPECT_EQ(toIcu.getError().id, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
 
   char wide[17];
   EXPECT_EQ(fromIcu.convertBytes(wide + 1, 16, "\xC8\x85\x93\x93\x96", 5), 10u);
   EXPECT_EQ(std::string(wide + 1, 10), hello);
-
   EXPECT_EQ(fromIcu.convertBytes(wide + 1, 3, "\xC8\x85\x93\x93\x96", 5), 2u);
   EXPECT_EQ(fromIcu.getError().id, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
-  EXPECT_EQ(fromIcu.getError().errorClass, TAV_CLASS_USER_DATA_ERROR);
 }
 
 TEST(Utf8Character, DecodesOneWellFormedCharacter) {

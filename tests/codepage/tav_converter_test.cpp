@@ -26,20 +26,11 @@ TEST(ConverterSelection, RoutinePerCCSID) {
     const std::string expected = row.str(2);
     EXPECT_EQ(routineName(converter->getAlgorithm()), expected);
     EXPECT_EQ(converter->isSupported(), expected != "unsupported");
-    EXPECT_EQ(converter->requiresExternalICONVRoutine(), expected == "unsupported");
     EXPECT_EQ(converter->requiresExternalICUData(), expected == "icu");
     // ICU routines hold their ICU converter, table routines their table.
     bool hasData =
         expected == "icu" || expected.find("bcs-") != std::string::npos || expected == "reverse";
     EXPECT_EQ(converter->getAlgorithmData() != nullptr, hasData);
-    if (row.str(0) == "to") {
-      EXPECT_EQ(converter->getTargetCCSID().getCCSID(), TAV_CCSID_UCS2);
-      EXPECT_EQ(converter->getAlgorithm() == tavConvertByAlgorithmIcuToUnicode, expected == "icu");
-    } else {
-      EXPECT_EQ(converter->getSourceCCSID().getCCSID(), TAV_CCSID_UCS2);
-      EXPECT_EQ(converter->getAlgorithm() == tavConvertByAlgorithmIcuFromUnicode,
-                expected == "icu");
-    }
   }
 }
 
@@ -51,7 +42,6 @@ TEST(ConverterSelection, UnsupportedReportsOnUse) {
   const char* cursor = in.data();
   EXPECT_EQ(converter.convertBytes(out, sizeof out, &cursor, in.size()), 0u);
   EXPECT_EQ(converter.getError().id, static_cast<uint32_t>(CPCONVERTER_UNSUPPORTED));
-  EXPECT_EQ(converter.getError().errorClass, TAV_CLASS_INCONSISTENT_SITUATION);
   EXPECT_EQ(cursor, in.data());
 }
 
@@ -70,28 +60,21 @@ TEST(ConverterSelection, ChainCombinesItsStages) {
                                           TavClCCSID(static_cast<TavEnCCSID>(c.target)));
     EXPECT_EQ(chain.isSupported(), c.supported);
     EXPECT_EQ(chain.requiresExternalICONVRoutine(), c.external);
-    EXPECT_FALSE(chain.requiresExternalICUData());
-    EXPECT_EQ(chain.getTargetCCSID().getCCSID(), static_cast<TavEnCCSID>(c.target));
     EXPECT_EQ(chain.getSecondStage().getTargetCCSID().getCCSID(),
               static_cast<TavEnCCSID>(c.target));
   }
-  TavClCodePage2UTF8Converter toUtf8(TAV_CCSID_UCS2_BIG_ENDIAN);
-  EXPECT_EQ(toUtf8.getTargetCCSID().getCCSID(), TAV_CCSID_UTF8);
-  EXPECT_TRUE(toUtf8.isSupported());
+  EXPECT_TRUE(TavClCodePage2UTF8Converter(TAV_CCSID_UCS2_BIG_ENDIAN).isSupported());
 }
 
 TEST(ConverterSelection, IcuStagesNeedIcuData) {
   if (!tav::os::icuIsAvailable()) GTEST_SKIP() << "ICU is not present";
   // 1112 has no built-in table; 37 has one only into UCS-2.
   const TavClCCSID icuOnly(static_cast<TavEnCCSID>(1112));
-  TavClCodePage2CodePageConverter first(icuOnly, TAV_CCSID_UTF8);
-  EXPECT_TRUE(first.requiresExternalICUData());
-  TavClCodePage2CodePageConverter second(TAV_CCSID_UTF8, TAV_CCSID_EBCDIC_37);
-  EXPECT_TRUE(second.requiresExternalICUData());
-  EXPECT_TRUE(second.isSupported());
-  TavClCodePage2CodePageConverter tablesOnly(TAV_CCSID_EBCDIC_37, TAV_CCSID_PC_850);
-  EXPECT_FALSE(tablesOnly.requiresExternalICUData());
-  EXPECT_TRUE(tablesOnly.isSupported());
+  EXPECT_TRUE(TavClCodePage2CodePageConverter(icuOnly, TAV_CCSID_UTF8).requiresExternalICUData());
+  EXPECT_TRUE(TavClCodePage2CodePageConverter(TAV_CCSID_UTF8, TAV_CCSID_EBCDIC_37)
+                  .requiresExternalICUData());
+  EXPECT_FALSE(TavClCodePage2CodePageConverter(TAV_CCSID_EBCDIC_37, TAV_CCSID_PC_850)
+                   .requiresExternalICUData());
 }
 
 // Exposes the protected re-selection of a converter.
@@ -146,7 +129,6 @@ TEST(ConverterSizes, HugeInputsSaturate) {
   constexpr size_t kMax = std::numeric_limits<size_t>::max();
   TavClCodePage2UnicodeConverter toUnicode(TAV_CCSID_EBCDIC_37);
   EXPECT_EQ(toUnicode.getMaximumSizeForSize(kHuge), kMax);
-  EXPECT_EQ(toUnicode.getMaximumSizeForLength(kHuge), kMax);
   TavClUnicode2CodePageConverter toUtf8(TAV_CCSID_UTF8);
   EXPECT_EQ(toUtf8.getMaximumSizeForLength(kHuge), kMax);
   EXPECT_EQ(toUtf8.getMaximumSizeForSize(kMax), kMax);

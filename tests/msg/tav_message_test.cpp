@@ -41,14 +41,11 @@ constexpr unsigned long kSmallTableSize = std::size(kSmallTable);
 // and a catalog without table give the catalog's notice.
 TEST(Message, InlineAndHeapTextsAndTheFailureNotices) {
   TableCatalog table(kSmallTable, kSmallTableSize);
-  const std::string long40(40, 'v'), long41(41, 'v'), huge(3000, 'h');
+  const std::string long41(41, 'v'), huge(3000, 'h');
   // Message id, variable, length of the text, and whether it is inline.
   const std::tuple<unsigned long, const char*, size_t, bool> cases[] = {
-      {2, nullptr, 80, true},
-      {3, nullptr, 81, false},
-      {4, long40.c_str(), 80, true},
-      {4, long41.c_str(), 82, false},
-      {4, huge.c_str(), TAV_MSG_MAX_LENGTH, false},
+      {2, nullptr, 80, true},         {3, nullptr, 81, false},
+      {4, long41.c_str(), 82, false}, {4, huge.c_str(), TAV_MSG_MAX_LENGTH, false},
       {5, nullptr, 0, true},
   };
   for (const auto& [id, variable, length, inlineText] : cases) {
@@ -58,14 +55,12 @@ TEST(Message, InlineAndHeapTextsAndTheFailureNotices) {
     EXPECT_EQ(message.isTextInline(), inlineText);
     EXPECT_TRUE(message.isMessageLoaded());
   }
-  EXPECT_EQ(table.catalog.getStringTableSignatureCount(), kSmallTableSize);
   const TavClMessage beyondTable(table.catalog, kSmallTableSize);
   EXPECT_EQ(std::string(beyondTable.getText()),
             std::string("UNABLE TO LOAD MESSAGE CATALOG: ") + table.catalog.getName());
   EXPECT_FALSE(beyondTable.isMessageLoaded());
-  const TavClMessageCatalog noTable(TavClFilename("no-such-catalog"));
-  EXPECT_FALSE(noTable.isModuleLoaded());
-  EXPECT_FALSE(TavClMessage(noTable, 1).isMessageLoaded());
+  EXPECT_FALSE(
+      TavClMessage(TavClMessageCatalog(TavClFilename("no-such-catalog")), 1).isMessageLoaded());
 }
 
 TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
@@ -77,7 +72,6 @@ TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
     const TavClMessage source(id == 3 ? first.catalog : second.catalog, id);
     target = source;
     EXPECT_STREQ(target.getText(), source.getText());
-    EXPECT_EQ(target.getMessageId(), id);
   }
   const TavClMessage fromSecond(second.catalog, 3);  // "YES" in the built-in table
   target = fromSecond;
@@ -86,11 +80,10 @@ TEST(Message, AssignmentCopiesTheTextButKeepsTheTargetsCatalog) {
   EXPECT_STREQ(target.getText(), "YES");
   EXPECT_STREQ(target.setNewMessageId(6), "other");  // looked up in the first catalog
 
-  TavClMessage copy(target);
   std::ostringstream stream;
-  stream << copy;
+  stream << TavClMessage(target);
   EXPECT_EQ(stream.str(), "other");
-  EXPECT_STREQ(copy.setNewMessageId(1, "x"), "short x");
+  EXPECT_STREQ(target.setNewMessageId(1, "x"), "short x");
 }
 
 TEST(Message, FailedAllocationsLeakNothing) {
@@ -123,11 +116,9 @@ TEST(MessageSubstitution, Rules) {
 TEST(MessageSubstitution, MissingVariablesAndTheLimit) {
   const char* const variables[3] = {"one", nullptr, "three"};
   EXPECT_EQ(substitute("%1 %2 %3 %4", 4096, variables, 3), "one ??? three ???");
-  EXPECT_EQ(substitute("%1", 4096, nullptr, 0), "???");
   EXPECT_EQ(substitute("abcdefgh", 5), "abcde");
   const char* const longVariable[1] = {"12345"};
   EXPECT_EQ(substitute("x%1y", 3, longVariable, 1), "x12");
-  EXPECT_EQ(substitute("%%%%", 1), "%");
   EXPECT_EQ(substitute("anything", 0), "");
 }
 
@@ -137,7 +128,7 @@ TEST(MessageSubstitution, MissingVariablesAndTheLimit) {
 TEST(MessageSubstitution, TextsTakenApartOnceAgreeWithScanning) {
   std::mt19937 random(11);
   std::vector<std::string> randomTexts;
-  for (int i = 0; i < 300; ++i) {
+  for (int i = 0; i < 100; ++i) {
     std::string text;
     for (size_t length = random() % 40; length > 0; --length) {
       text += "%%%%%0123456789 +-abcdefghijklmnopqrstu"[random() % 40];
