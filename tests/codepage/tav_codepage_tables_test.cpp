@@ -1,6 +1,6 @@
 // tav_codepage_tables_test.cpp - the built-in code page tables: which CCSIDs they serve, their
 // routines at the edges of the input and output, and (where ICU is linked) agreement with ICU
-// over every byte and every double-byte code.
+// over every byte, every double-byte code and every UCS-2 unit.
 
 #include <gtest/gtest.h>
 
@@ -23,6 +23,7 @@ namespace {
 using tav::test::GuardedOutput;
 using tav::test::parseHex;
 using tav::test::routineName;
+using tav::test::ucs2;
 
 TavClCCSID ccsid(uint32_t number) { return TavClCCSID(static_cast<TavEnCCSID>(number)); }
 
@@ -55,13 +56,25 @@ TEST(CodePageTables, EveryTableCcsidChoosesItsTable) {
     EXPECT_EQ(routineName(converter.getAlgorithm()),
               isEbcdicDoubleByte(number) ? "dbcs-ebcdic" : "dbcs-ascii");
   }
+  // Neighbours without a table of their own go on to ICU (or stay unsupported without it).
+  const uint32_t withoutTable[] = {1, 36, 38, 1139, 1154, 929, 931, 33723, 948, 924};
+  for (uint32_t number : withoutTable) {
+    SCOPED_TRACE(number);
+    TavClCodePage2UnicodeConverter converter(ccsid(number));
+    EXPECT_EQ(routineName(converter.getAlgorithm()).find("bcs-"), std::string::npos);
+  }
+  const uint32_t reverse[] = {500, 850};
+  for (uint32_t number : reverse) {
+    TavClUnicode2CodePageConverter converter(ccsid(number));
+    EXPECT_EQ(routineName(converter.getAlgorithm()), "reverse") << number;
+  }
 }
 
 // A long input takes the host-order copy of the table; it must give what byte-by-byte
 // conversions of the same bytes give, every next line mended, whatever the text's length.
 TEST(CodePageTables, LongInputsConvertAsShortOnes) {
   std::string bytes;
-  for (int round = 0; round < 2; ++round) {
+  for (int round = 0; round < 5; ++round) {
     for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>((byte * 7 + round) & 0xFF);
   }
   bytes += "tail";
@@ -106,6 +119,16 @@ TEST(CodePageTables, EdgesOfInputAndOutput) {
     EXPECT_EQ(converter->convertBytes(again.data(), outSize, exact.data(), exact.size()), written);
     EXPECT_EQ(again.written(written), out.written(written));
   }
+}
+
+TEST(CodePageTables, EucPlaceholderConvertsNothing) {
+  TavClCodePage2UnicodeConverter converter(ccsid(33722));
+  const char* input = "\xA4\xA2";
+  const char* cursor = input;
+  char out[8] = {};
+  TavClConverterABase::_TavStConverter conversion{&converter, out, sizeof out, &cursor, 2};
+  EXPECT_EQ(tavConvertByTablesEUCtoUCS2(conversion), 0u);
+  EXPECT_EQ(cursor, input);
 }
 
 // A round trip through the tables alone: 850 to UCS-2 to 850 keeps every byte.
@@ -163,6 +186,15 @@ class IcuConverter {
     return std::vector<uint16_t>(units.begin(), units.begin() + count);
   }
 
+  std::string fromUnicode(uint16_t unit) {
+    char bytes[8];
+    UChar source = unit;
+    UErrorCode status = U_ZERO_ERROR;
+    int32_t count = ucnv_fromUChars(converter, bytes, sizeof bytes, &source, 1, &status);
+    EXPECT_FALSE(U_FAILURE(status)) << u_errorName(status);
+    return std::string(bytes, static_cast<size_t>(count));
+  }
+
   std::vector<bool> leadBytes() {
     UBool starters[256];
     UErrorCode status = U_ZERO_ERROR;
@@ -200,6 +232,37 @@ TEST(CodePageTablesAgainstIcu, EverySingleByte) {
   }
 }
 
+TEST(CodePageTablesAgainstIcu, EveryUnitThroughTheReverseTables) {
+  std::string all;
+  for (uint32_t unit = 0; unit < 0x10000; ++unit) all += ucs2({static_cast<uint16_t>(unit)});
+  const uint32_t reverse[] = {500, 850};
+  for (uint32_t number : reverse) {
+    SCOPED_TRACE(number);
+    IcuConverter icu(number);
+    ASSERT_TRUE(icu.isOpen());
+    TavClUnicode2CodePageConverter converter(ccsid(number));
+    std::string actual(0x10000, '\0');
+    ASSERT_EQ(converter.convertBytes(&actual[0], actual.size(), all.data(), all.size()), 0x10000u);
+    const std::string substitute = icu.fromUnicode(0xFFFF);
+    size_t dropped = 0;
+    for (uint32_t unit = 0; unit < 0x10000; ++unit) {
+      std::string expected = icu.fromUnicode(static_cast<uint16_t>(unit));
+      // ICU drops the default ignorable code points it cannot map; a table gives every unit
+      // one byte, the substitute.
+      if (expected.empty()) {
+        expected = substitute;
+        ++dropped;
+      }
+      if (expected != actual.substr(unit, 1)) {
+        ADD_FAILURE() << "U+" << std::hex << unit;
+        break;
+      }
+    }
+    EXPECT_GT(dropped, 0u);
+    EXPECT_LT(dropped, 5000u);
+  }
+}
+
 // Every pair of every lead byte of the double-byte tables, between shift-out and shift-in for
 // EBCDIC, with a blank behind it otherwise, so that a trail byte ICU reads again is never a lead
 // byte at the end.
@@ -220,19 +283,69 @@ TEST(CodePageTablesAgainstIcu, EveryDoubleByteCode) {
     size_t codes = 0;
     for (int lead = 0; lead < 256; ++lead) {
       if (ebcdic ? (lead == 0x0E || lead == 0x0F) : !leads[lead]) continue;
-      if (number == 33722 && lead == 0x8F) continue;  // three-byte codes
+      if (number == 33722 && lead == 0x8F) continue;  // three-byte codes, below
       for (int trail = 0; trail < 256; ++trail) {
-        if (number == 1392 && trail >= 0x30 && trail <= 0x39) continue;  // four-byte codes
+        if (number == 1392 && trail >= 0x30 && trail <= 0x39) continue;  // four-byte, below
         std::string code{static_cast<char>(lead), static_cast<char>(trail)};
         std::string input = ebcdic ? "\x0E" + code + "\x0F" : code + " ";
         std::vector<uint16_t> expected = withEbcdicLineFeed(icu.toUnicode(input), ebcdic);
         std::vector<uint16_t> actual = toUnicode(converter, input);
-        ASSERT_TRUE(actual == expected && converter.getError().id == NO_ERROR)
-            << std::hex << "code " << lead << " " << trail;
+        if (actual != expected || converter.getError().id != NO_ERROR) {
+          ADD_FAILURE() << std::hex << "code " << lead << " " << trail << ": "
+                        << testing::PrintToString(actual) << " against ICU's "
+                        << testing::PrintToString(expected) << ", error "
+                        << converter.getError().id;
+          return;
+        }
         ++codes;
       }
     }
     EXPECT_GT(codes, 10000u);
+  }
+}
+
+TEST(CodePageTablesAgainstIcu, EveryFourByteCodeOfGb18030) {
+  IcuConverter icu(1392);
+  ASSERT_TRUE(icu.isOpen());
+  TavClCodePage2UnicodeConverter converter(ccsid(1392));
+  for (int first = 0x81; first <= 0xFE; ++first) {
+    SCOPED_TRACE(first);
+    std::string codes;
+    for (int second = 0x30; second <= 0x39; ++second) {
+      for (int third = 0x81; third <= 0xFE; ++third) {
+        for (int fourth = 0x30; fourth <= 0x39; ++fourth) {
+          codes += {static_cast<char>(first), static_cast<char>(second), static_cast<char>(third),
+                    static_cast<char>(fourth)};
+        }
+      }
+    }
+    ASSERT_EQ(toUnicode(converter, codes), icu.toUnicode(codes));
+  }
+  // Ill-formed four-byte codes give the substitute for the lead byte and are read again.
+  const char* const illFormed[] = {"\x81\x30\x20\x30", "\x81\x30\x81\x20 ", "\x81\x30\x81 ",
+                                   "\x81\x30 ",        "\xFE\x39\xFE\x39",  "\x84\x31\xA5\x30"};
+  for (const char* text : illFormed) {
+    SCOPED_TRACE(text);
+    EXPECT_EQ(toUnicode(converter, text), icu.toUnicode(text));
+  }
+}
+
+TEST(CodePageTablesAgainstIcu, EveryThreeByteCodeOfEucJp) {
+  IcuConverter icu(33722);
+  ASSERT_TRUE(icu.isOpen());
+  TavClCodePage2UnicodeConverter converter(ccsid(33722));
+  for (int second = 0; second < 256; ++second) {
+    for (int third = 0; third < 256; ++third) {
+      std::string input{'\x8F', static_cast<char>(second), static_cast<char>(third), ' ', ' '};
+      std::vector<uint16_t> actual = toUnicode(converter, input);
+      std::vector<uint16_t> expected = icu.toUnicode(input);
+      if (actual != expected) {
+        ADD_FAILURE() << std::hex << "code 8F " << second << " " << third << ": "
+                      << testing::PrintToString(actual) << " against ICU's "
+                      << testing::PrintToString(expected);
+        return;
+      }
+    }
   }
 }
 

@@ -1,5 +1,5 @@
 // UTF-8 to UCS-2 and back: the example tables, a plain reference on random text and random
-// output sizes, and resuming after a cut sequence.
+// output sizes, resuming after a cut sequence, and ICU's own UTF-8 converter on the same text.
 //
 // Every call runs on an input block of exactly its size and an output followed by a guard
 // region, so that a read past the input (under AddressSanitizer) or a write past the output
@@ -16,6 +16,10 @@
 #include "../../src/codepage/tav_utf_transcode.h"
 #include "tav_codepage_test_support.h"
 #include "tav_test_data.h"
+
+#if TAV_TEST_HAVE_ICU
+#include <unicode/ucnv.h>
+#endif
 
 namespace {
 
@@ -35,6 +39,12 @@ struct Outcome {
     return out == other.out && consumed == other.consumed && status == other.status;
   }
 };
+
+std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
+  for (unsigned char byte : outcome.out) stream << std::hex << int{byte} << ' ';
+  return stream << std::dec << "consumed " << outcome.consumed << " status "
+                << static_cast<int>(outcome.status);
+}
 
 Outcome run(Transcoder transcode, const std::string& input, size_t outSize) {
   std::vector<char> in(input.begin(), input.end());  // exactly the input, nothing behind it
@@ -177,6 +187,25 @@ Steps referenceUtf8ToUcs2(const std::string& input) {
   return steps;
 }
 
+Steps referenceUcs2ToUtf8(const std::u16string& units, bool oddSize) {
+  Steps steps;
+  steps.incomplete = oddSize;
+  for (size_t at = 0; at < units.size(); ++at) {
+    const char16_t unit = units[at];
+    if (unit >= 0xD800 && unit <= 0xDBFF && at + 1 < units.size() && units[at + 1] >= 0xDC00 &&
+        units[at + 1] <= 0xDFFF) {
+      steps.steps.push_back(
+          {encodeScalar(0x10000 + ((unit - 0xD800u) << 10) + (units[++at] - 0xDC00u)), 4});
+    } else if ((unit >= 0xD800 && unit <= 0xDFFF) || (unit >= 0xFDD0 && unit <= 0xFDEF) ||
+               unit >= 0xFFFE) {
+      steps.steps.push_back({"\xEF\xBF\xBF", 2});
+    } else {
+      steps.steps.push_back({encodeScalar(unit), 2});
+    }
+  }
+  return steps;
+}
+
 // Random text: runs of ASCII of random length, so that the other characters fall on every place
 // of a vector block, between characters of every length and, if asked, ill-formed pieces.
 class TextMaker {
@@ -210,6 +239,18 @@ class TextMaker {
     return text;
   }
 
+  std::u16string ucs2() {
+    std::u16string units;
+    for (size_t pieces = below(12); pieces > 0; --pieces) {
+      units.append(below(40), static_cast<char16_t>(below(0x80)));
+      const size_t kind = below(4);
+      units += kind == 0   ? std::u16string(1, static_cast<char16_t>(0xD800 + below(0x800)))
+               : kind == 1 ? std::u16string(1, static_cast<char16_t>(0xFDD0 + below(0x30)))
+                           : utf16(scalar());
+    }
+    return units;
+  }
+
  private:
   std::mt19937 random_;
 };
@@ -225,10 +266,21 @@ void compareWithReference(Transcoder transcode, const std::string& input, const 
 
 TEST(UtfTranscode, Utf8AgreesWithTheReferenceForRandomTextAndOutputSizes) {
   TextMaker maker(18);
-  for (int round = 0; round < 1000; ++round) {
+  for (int round = 0; round < 3000; ++round) {
     SCOPED_TRACE(::testing::Message() << "round " << round);
     const std::string input = maker.utf8(round % 3 != 0);
     compareWithReference(tav::codepage::utf8ToUcs2, input, referenceUtf8ToUcs2(input), maker);
+  }
+}
+
+TEST(UtfTranscode, Ucs2AgreesWithTheReferenceForRandomTextOddSizesAndOutputSizes) {
+  TextMaker maker(1208);
+  for (int round = 0; round < 3000; ++round) {
+    SCOPED_TRACE(::testing::Message() << "round " << round);
+    const std::u16string units = maker.ucs2();
+    const bool odd = round % 4 == 0;
+    compareWithReference(tav::codepage::ucs2ToUtf8, unitsToBytes(units) + (odd ? "x" : ""),
+                         referenceUcs2ToUtf8(units, odd), maker);
   }
 }
 
@@ -236,7 +288,7 @@ TEST(UtfTranscode, Utf8AgreesWithTheReferenceForRandomTextAndOutputSizes) {
 // front, gets what one call over the whole text gives: the cut rule loses and doubles nothing.
 TEST(UtfTranscode, Utf8InPiecesGivesWhatTheWholeGives) {
   TextMaker maker(65500);
-  for (int round = 0; round < 300; ++round) {
+  for (int round = 0; round < 500; ++round) {
     SCOPED_TRACE(::testing::Message() << "round " << round);
     const std::string input = maker.utf8(true);
     const Outcome whole = run(tav::codepage::utf8ToUcs2, input, 2 * input.size());
@@ -253,5 +305,67 @@ TEST(UtfTranscode, Utf8InPiecesGivesWhatTheWholeGives) {
     EXPECT_EQ(pending, input.substr(whole.consumed));
   }
 }
+
+#if TAV_TEST_HAVE_ICU
+
+UConverter* icuUtf8() {
+  static UConverter* const converter = [] {
+    UErrorCode error = U_ZERO_ERROR;
+    return ucnv_open("UTF-8", &error);
+  }();
+  return converter;
+}
+
+// ICU's default substitution writes U+FFFD for each maximal ill-formed subpart, and one for a
+// sequence cut by the end of the input, where the library reports the cut instead.
+TEST(UtfTranscode, Utf8DecodesAsIcuDoesIncludingItsSubstitutes) {
+  TextMaker maker(37);
+  for (int round = 0; round < 3000; ++round) {
+    SCOPED_TRACE(::testing::Message() << "round " << round);
+    const std::string input = maker.utf8(round % 2 == 0);
+    std::u16string icu(input.size() + 1, u'\0');
+    UErrorCode error = U_ZERO_ERROR;
+    icu.resize(ucnv_toUChars(icuUtf8(), &icu[0], static_cast<int32_t>(icu.size()), input.data(),
+                             static_cast<int32_t>(input.size()), &error));
+    ASSERT_TRUE(U_SUCCESS(error)) << u_errorName(error);
+    Outcome ours = run(tav::codepage::utf8ToUcs2, input, 2 * input.size());
+    if (ours.status == TranscodeStatus::incomplete) ours.out += unitsToBytes(u"\xFFFD");
+    ASSERT_EQ(ours.out, unitsToBytes(icu));
+  }
+}
+
+// ICU refuses unpaired surrogates and passes the non-characters; given U+FFFF in place of each,
+// as the library writes them, it must write the same bytes.
+TEST(UtfTranscode, Ucs2EncodesAsIcuDoesOnceTheDeliberateSubstitutesAreInPlace) {
+  TextMaker maker(819);
+  for (int round = 0; round < 3000; ++round) {
+    SCOPED_TRACE(::testing::Message() << "round " << round);
+    const std::u16string units = maker.ucs2();
+    std::u16string substituted;
+    for (const Step& step : referenceUcs2ToUtf8(units, false).steps) {
+      substituted +=
+          step.out == "\xEF\xBF\xBF" ? u"\xFFFF" : units.substr(substituted.size(), step.in / 2);
+    }
+    std::string icu(3 * units.size() + 1, '\0');
+    UErrorCode error = U_ZERO_ERROR;
+    icu.resize(ucnv_fromUChars(icuUtf8(), &icu[0], static_cast<int32_t>(icu.size()),
+                               substituted.data(), static_cast<int32_t>(substituted.size()),
+                               &error));
+    ASSERT_TRUE(U_SUCCESS(error)) << u_errorName(error);
+    ASSERT_EQ(run(tav::codepage::ucs2ToUtf8, unitsToBytes(units), 4 * units.size()).out, icu);
+  }
+}
+
+#else
+
+TEST(UtfTranscode, Utf8DecodesAsIcuDoesIncludingItsSubstitutes) {
+  GTEST_SKIP() << "ICU is not linked into this test program";
+}
+
+TEST(UtfTranscode, Ucs2EncodesAsIcuDoesOnceTheDeliberateSubstitutesAreInPlace) {
+  GTEST_SKIP() << "ICU is not linked into this test program";
+}
+
+#endif
 
 }  // namespace
