@@ -34,6 +34,15 @@ TEST(NumberText, AgreesWithTheStandardLibrary) {
     check(tavW64toa(bits, text), std::to_string(bits));
     check(tavW64toa(~bits, text), std::to_string(~bits));
   }
+  // Each count of digits takes its own path: both sides of every power of ten.
+  for (uint64_t power = 10; power != 0 && power <= 10000000000000000000u;
+       power = power > UINT64_MAX / 10 ? 0 : power * 10) {
+    for (const uint64_t value : {power - 1, power}) {
+      check(tavW64toa(value, text), std::to_string(value));
+      check(tavULtoa(static_cast<uint32_t>(value), text),
+            std::to_string(static_cast<uint32_t>(value)));
+    }
+  }
 }
 
 // Byte swaps work on whole units only, and host to little endian is no change.
