@@ -40,26 +40,4 @@ TEST(ResourceKey, LongPartsAreCutAtTheCapacity) {
   EXPECT_EQ(full.getSecondPart(), full.getKey() + 255);
 }
 
-TEST(ResourceKey, MatchesTextThatBeginsWithTheKey) {
-  const TavClResourceKeySemaphore key("app", "one");
-  EXPECT_TRUE(key.matches("SEM32:app:one"));
-  EXPECT_TRUE(key.matches("SEM32:app:one:and more"));
-  EXPECT_FALSE(key.matches("SEM32:app:on"));
-  EXPECT_FALSE(key.matches("SEM32:app:two"));
-  EXPECT_FALSE(key.matches(nullptr));
-}
-
-TEST(ResourceKey, CopiesPointIntoTheirOwnText) {
-  TavClResourceKeySemaphore copy("other", "x");
-  {
-    const TavClResourceKeySemaphore original("app", "one");
-    copy = original;
-    const TavClResourceKeySemaphore constructed(original);
-    EXPECT_EQ(constructed.getSecondPart(), constructed.getKey() + 6);
-  }
-  EXPECT_STREQ(copy.getKey(), "SEM32:app:one");
-  EXPECT_EQ(copy.getSecondPart(), copy.getKey() + 6);
-  EXPECT_STREQ(copy.getSecondPart(), "app:one");
-}
-
 }  // namespace

@@ -193,27 +193,6 @@ bool inAlphabet(unsigned char character) {
   return character != 0 && std::strchr(TavClTraceEntry::kTraceAlphabet, character) != nullptr;
 }
 
-TEST(TraceCompression, KnownEncodings) {
-  for (const auto& row : tav::test::readTable("compression_known.txt", 2)) {
-    SCOPED_TRACE(row.where);
-    EXPECT_EQ(compress(row.fields.at(0)), row.fields.at(1));
-    EXPECT_EQ(expand(row.fields.at(1)), row.fields.at(0) == "\xFF" ? " " : row.fields.at(0));
-  }
-}
-
-TEST(TraceCompression, TheLastCharacterMayOvershootTheCapacityByOneByte) {
-  // 338 letters take 2028 bits; a digit starting there still goes in whole and ends at bit 2042.
-  const std::string overshooting = std::string(338, 'x') + "9";
-  const std::string stored = compress(overshooting + "more");
-  EXPECT_EQ(stored.size(), 256u);
-  EXPECT_EQ(expand(stored), overshooting);
-  // 339 letters end at bit 2034, past the mark of 2032: 255 bytes (a record keeps them, above).
-  EXPECT_EQ(compress(std::string(400, 'x')).size(), 255u);
-  // The smallest capacities still write at most capacity + 1 bytes.
-  EXPECT_EQ(compress("123", 1).size(), 2u);
-  EXPECT_EQ(compress("123", 0).size(), 0u);
-}
-
 // Compression code by code with the bit writer, as the stored format is defined: each code at
 // the next bit position, and the last byte filled with 1-bits. *kept receives what expansion
 // gives back: the characters written before passing the capacity mark, 0xFF as a blank.
@@ -266,42 +245,6 @@ TEST(TraceCompression, RandomTextsMatchTheReferenceAndRoundTrip) {
     ASSERT_LE(stored.size(), capacity + 1);
     ASSERT_EQ(expand(stored), kept);
   }
-}
-
-TEST(TraceCompression, ExpansionStopsAtAnEscapeWithoutALiteralBehindIt) {
-  // An escape code followed by only six bits is not followed by a literal: the text ends there.
-  EXPECT_EQ(expand("\x96\x6F\xC0"), "ab");  // "ab", then 111111 00 ... in the third byte
-  EXPECT_EQ(expand(std::string("\xFC\x00", 2)), std::string("\0", 1));  // escape + literal 0
-  EXPECT_EQ(expand(std::string()), "");
-}
-
-TEST(TraceCompression, BitRoutinesAgreeWithABitVector) {
-  std::mt19937 random(5);
-  for (int round = 0; round < 200; ++round) {
-    std::vector<bool> model;
-    std::vector<uint8_t> buffer(64, 0xEE);  // written bytes never depend on earlier contents
-    while (model.size() < 400) {
-      const unsigned count = 1 + random() % 8;
-      const auto value = static_cast<uint8_t>(random());
-      TavClTraceEntry::compressWriteBits(buffer.data(), model.size(), value, count);
-      for (unsigned bit = count; bit-- > 0;) model.push_back(((value >> bit) & 1) != 0);
-    }
-    const size_t usedBytes = (model.size() + 7) / 8;
-    for (size_t position = 0; position + 8 <= model.size(); position += 1 + random() % 7) {
-      const unsigned count = 1 + random() % 8;
-      unsigned expected = 0;
-      for (unsigned bit = 0; bit < count; ++bit) expected = expected << 1 | model[position + bit];
-      ASSERT_EQ(TavClTraceEntry::deCompressReadBits(buffer.data(), position, count), expected)
-          << "round " << round << " position " << position << " count " << count;
-    }
-    // Nothing beyond the byte that holds the last bit was touched.
-    for (size_t byte = usedBytes; byte < buffer.size(); ++byte) ASSERT_EQ(buffer[byte], 0xEE);
-  }
-  uint8_t untouched = 0x5A;
-  TavClTraceEntry::compressWriteBits(&untouched, 0, 0xFF, 0);
-  TavClTraceEntry::compressWriteBits(&untouched, 0, 0xFF, 9);
-  EXPECT_EQ(untouched, 0x5A);
-  EXPECT_EQ(TavClTraceEntry::deCompressReadBits(&untouched, 0, 9), 0);
 }
 
 }  // namespace

@@ -206,66 +206,6 @@ TEST_F(FlightRecorder, AProgramKilledWhileTracingLosesNoFinishedRecord) {
   EXPECT_EQ(tav::test::readFileBytes(traceFile), saved);
 }
 
-TEST_F(FlightRecorder, TwoProcessesTraceIntoOneRing) {
-  constexpr uint32_t kRecords = 3000;
-  const uint32_t first = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'a', kRecords, Then::kExit).c_str());
-  const uint32_t second = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'b', kRecords, Then::kExit).c_str());
-  ASSERT_NE(first, 0u);
-  ASSERT_NE(second, 0u);
-  // Both are ready before either starts, so that their records meet in the ring.
-  std::this_thread::sleep_for(std::chrono::milliseconds(200));
-  letChildrenGo();
-  int exitCode = -1;
-  ASSERT_TRUE(tav::test::waitForChildExit(first, 60000, &exitCode));
-  EXPECT_EQ(exitCode, 0);
-  ASSERT_TRUE(tav::test::waitForChildExit(second, 60000, &exitCode));
-  EXPECT_EQ(exitCode, 0);
-
-  // Both wrote their last records out when they ended: the dump finds nothing left.
-  const std::string written = tav::test::readFileBytes(traceFile);
-  EXPECT_EQ(runTool({"-dump"}).code, 0);
-  EXPECT_EQ(tav::test::readFileBytes(traceFile), written);
-  for (const char tag : {'a', 'b'}) {
-    SCOPED_TRACE(std::string("tag ") + tag);
-    bool endsOnRecord = false;
-    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
-    EXPECT_TRUE(endsOnRecord);
-    EXPECT_EQ(numbers.size(), kRecords);
-    expectCountingFromOne(numbers);
-  }
-}
-
-TEST_F(FlightRecorder, RecordsOfProcessesThatDiedBeforeAnyHandOutAreAllSaved) {
-  // Fewer records than the ring holds: neither child ever wrote to the trace file.
-  constexpr uint32_t kRecords = 40;
-  const uint32_t first = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'c', kRecords, Then::kWait).c_str());
-  ASSERT_NE(first, 0u);
-  letChildrenGo();
-  ASSERT_TRUE(waitForRecords(kRecords));
-  const uint32_t second = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'd', kRecords * 2, Then::kWait).c_str());
-  ASSERT_NE(second, 0u);
-  ASSERT_TRUE(waitForRecords(kRecords * 2));
-  ASSERT_TRUE(tav::test::killChild(first));
-  ASSERT_TRUE(tav::test::killChild(second));
-  EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
-
-  const ToolRun dump = runTool({"-dump"});
-  EXPECT_EQ(dump.code, 0) << dump.err;
-  for (const auto& [tag, records] :
-       {std::pair<char, uint32_t>{'c', kRecords}, {'d', kRecords * 2}}) {
-    SCOPED_TRACE(std::string("tag ") + tag);
-    bool endsOnRecord = false;
-    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
-    EXPECT_TRUE(endsOnRecord);
-    EXPECT_EQ(numbers.size(), records);
-    expectCountingFromOne(numbers);
-  }
-}
-
 TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
   // Five records wait in the ring, and a writer died handing them out after writing a part of
   // them to the file, as its journal entry tells: the mark and the file size before.
@@ -298,68 +238,6 @@ TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
   expectCountingFromOne(numbers);
 }
 
-TEST_F(FlightRecorder, TheSharedRingShowsInTheVerboseReportAndTheStatus) {
-  variables.set("_TRACE_VERBOSE", "on");
-  tav::test::ReportCapture capture;
-  {
-    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
-    EXPECT_TRUE(program.usesSharedMemory());
-    EXPECT_EQ(program.getSharedRingProblem(), nullptr);
-    EXPECT_STREQ(program.getSharedRingFileName(), ringFile.c_str());
-  }
-  EXPECT_THAT(capture.take(), HasSubstr("[TAV: TRACE: sharedMemory: on]\n"));
-  variables.set("_TRACE_VERBOSE", nullptr);
-  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: YES"));
-
-  // Without the variable the same ring file is left alone.
-  variables.set("_TRACE_SHARED", nullptr);
-  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: NO"));
-  TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
-  EXPECT_FALSE(program.usesSharedMemory());
-  EXPECT_EQ(program.getSharedRingFileName(), nullptr);
-}
-
-// Which field of the control block is spoilt the ring's own check tells (the buffer tests try
-// each); the tool refuses such a ring, and a program starts it afresh.
-TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
-  {
-    TavClTraceEnvironment(traceKey.c_str(), nullptr, false);  // makes a valid, empty ring
-    SharedRingMapping ring;
-    ASSERT_EQ(ring.attach(ringFile.c_str(), lockNameOf(ringFile).c_str()),
-              SharedRingMapping::Status::kOk);
-    const uint64_t writePosition = 7;  // inside the control block
-    std::memcpy(ring.getRingMemory() + 40, &writePosition, sizeof writePosition);
-    const std::string before(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize());
-
-    const ToolRun dump = runTool({"-dump"});
-    EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
-    EXPECT_THAT(
-        dump.err,
-        HasSubstr(std::string("Shared trace buffer refused: ") +
-                  TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_BAD_WRITE_POSITION) +
-                  " (" + ringFile + ")"));
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize()),
-              before);
-    EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
-
-    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
-    EXPECT_TRUE(program.usesSharedMemory());
-    EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.getRingMemory(), ring.getRingSize()),
-              TAV_TRACE_RING_VALID);
-  }
-
-  // A file with no room for a ring behind the lock area.
-  SharedRingMapping::removeFile(ringFile.c_str());
-  FILE* file = std::fopen(ringFile.c_str(), "wb");
-  ASSERT_NE(file, nullptr);
-  const std::string lockArea(SharedRingMapping::kLockAreaSize, '\0');
-  std::fwrite(lockArea.data(), 1, lockArea.size(), file);
-  std::fclose(file);
-  const ToolRun dump = runTool({"-dump"});
-  EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
-  EXPECT_THAT(dump.err, HasSubstr("the memory is too small for a trace ring"));
-}
-
 TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped) {
   const std::string nowhere = traceFile + ".missing-directory";
   // The temporary directory is TMP's on both systems. Its old value comes back at the end, even
@@ -376,11 +254,6 @@ TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped)
   }
   bool endsOnRecord = false;
   EXPECT_EQ(numbersIn('p', &endsOnRecord), std::vector<uint32_t>{1});
-}
-
-TEST_F(FlightRecorder, WithoutARingFileTheDumpSavesNothing) {
-  EXPECT_EQ(runTool({"-dump"}).code, TavClTraceController::kExitUnknownKey);
-  EXPECT_FALSE(TavClFile(ringFile.c_str()).isExistent());
 }
 
 }  // namespace

@@ -87,31 +87,6 @@ void expectEachThreadInOrder(const std::string& fileName, const std::vector<uint
   }
 }
 
-TEST(TraceThreads, RecordsWrittenIntoOneBufferEachArriveWhole) {
-  // The smallest buffer a trace environment makes, so that the ring wraps very often.
-  constexpr uint64_t kBufferSize = 4096;
-  constexpr int kRecordsPerThread = 1500;
-  for (const bool compress : {false, true}) {
-    SCOPED_TRACE(compress ? "compressed" : "plain");
-    TestTraceEnvironment environment(compress, kBufferSize - 48);
-    environment.fileName = tav::test::scratchFileName("threads");
-    std::vector<uint64_t> memory(kBufferSize / 8);
-    TavClTraceBufferManager manager(environment, memory.data(), kBufferSize);
-    TavClTraceFileWriter writer(environment);
-    manager.setOverflowCallback(&TavClTraceFileWriter::appendHandOut, &writer);
-    const auto threadIds = runThreads(kRecordsPerThread, [&](int thread, int number) {
-      const std::string message = messageFor(thread, number);
-      const std::string data = dataFor(thread, number);
-      manager.write(TavClTraceEntry(environment, TAV_TRACE_DETAIL_LOW,
-                                    static_cast<uint16_t>(thread), TAV_TRACE_TYPE_DATA, "worker",
-                                    message.c_str(), data.data(), data.size()));
-      if (number % 500 == 0) manager.flush();
-    });
-    manager.flush();
-    expectEachThreadInOrder(environment.fileName, threadIds, kRecordsPerThread, false);
-  }
-}
-
 TEST(TraceThreads, TraceCallsFromManyThreadsAllReachTheFileWhole) {
   constexpr int kRepetitions = 800;
   const std::string file = tav::test::scratchFileName("instance_threads");
