@@ -1,5 +1,4 @@
-// Resource keys: the character mapping, the second-part pointer, cutting at the capacity, and
-// copies that keep pointing into their own text.
+// Resource keys: the character mapping, the second-part pointer and cutting at the capacity.
 
 #include <gtest/gtest.h>
 

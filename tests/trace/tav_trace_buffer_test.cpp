@@ -1,8 +1,8 @@
-// The trace ring buffer and the file writer behind it: the control block, wrapping at the end
-// with hand-outs of at most two pieces, flushing, running without a callback, taking over memory
-// that already holds a ring, and files that cannot be opened or fill up part way. Every hand-out
-// is recorded, so a test can check that the pieces put together are exactly the records written,
-// and that a file, whatever failed, holds only the whole records no failure touched.
+// The trace ring buffer and the file writer behind it: wrapping at the end with hand-outs of at
+// most two pieces, flushing, taking over memory that already holds a ring, corrupt or too small
+// memory, and files that cannot be opened or fill up part way. Every hand-out is recorded, so a
+// test can check that the pieces put together are exactly the records written, and that a
+// file, whatever failed, holds only the whole records no failure touched.
 
 #include <gtest/gtest.h>
 

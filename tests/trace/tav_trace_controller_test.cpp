@@ -1,7 +1,6 @@
 // The trace controller tool, run in this process through TavClTraceController: the status
-// display and the formats against golden files, each display switch and filter option against
-// the formatter set up by hand, the actions, and every failure with its message and exit code.
-// The faults the console ends the process for run in a child process.
+// display and the formats against golden files, the actions, and every failure with its
+// message and exit code.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +8,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -19,7 +17,6 @@
 #include "tav_file.h"
 #include "tav_trace.h"
 #include "tav_trace_controller.h"
-#include "tav_trace_formatter.h"
 #include "tav_trace_test_support.h"
 
 namespace {
@@ -83,38 +80,6 @@ TEST_F(TraceController, DisplayGivesTheGoldenDefaultNestedAndJsonFormats) {
     const ToolRun run = runTool(arguments);
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(run.out, readTestData(row.second));
-  }
-}
-
-// Each option reaches the formatter: the tool writes what the formatter set up the same way
-// writes from the demo trace (recorded at detail HIGH by one thread).
-TEST_F(TraceController, EveryDisplaySwitchAndFilterOptionReachesTheFormatter) {
-  variables.set("_TRACE_DETAIL", "high");
-  variables.set("_TRACE_FORMAT", "%x %l %c %f %d");
-  using Setup = void (*)(TavClTraceFormatter&);
-  const std::pair<std::vector<std::string>, Setup> rows[] = {
-      {{}, [](TavClTraceFormatter&) {}},
-      {{"-fnest", "-findent", ">"},
-       [](TavClTraceFormatter& f) { f.enableNesting(true), f.setDisplayIndentation(">"); }},
-      {{"-fhex", "-fbin"},
-       [](TavClTraceFormatter& f) { f.enableHexData(true), f.enableBinData(true); }},
-      {{"-fcompids", "2.3"}, [](TavClTraceFormatter& f) { f.getFilter().disableComponentId(1); }},
-      {{"-fpid", "1", "-ftid", "1"},
-       [](TavClTraceFormatter& f) { f.getFilter().setProcessId("1"); }},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.first));
-    std::vector<std::string> arguments = {"-file", kDemoTrace, "-display"};
-    arguments.insert(arguments.end(), row.first.begin(), row.first.end());
-    tav::test::TestTraceEnvironment environment;
-    environment.fileName = kDemoTrace;
-    TavClTraceFormatter formatter(environment);
-    formatter.getFilter().setDetail(TAV_TRACE_DETAIL_HIGH);
-    formatter.setFormatString("%x %l %c %f %d");
-    row.second(formatter);
-    std::ostringstream expected;
-    formatter.format(expected);
-    EXPECT_EQ(runTool(arguments).out, expected.str());
   }
 }
 

@@ -1,8 +1,7 @@
 // Trace records: the byte layout (checked against bytes written out by hand, so that the test
 // means the same on every host), round trips of every data type, the clipping and null-data
-// rules, reading streams that end early, and the 6-bit text compression: known encodings, the
-// capacity rule, random texts against a code-by-code reference, and the bit routines against a
-// plain bit vector.
+// rules, reading streams that end early, and the 6-bit text compression: random texts against a
+// code-by-code reference.
 
 #include <gtest/gtest.h>
 

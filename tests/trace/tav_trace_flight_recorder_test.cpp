@@ -1,7 +1,7 @@
-// The trace ring in shared memory and the flight recorder: programs started as children trace
-// numbered records into a shared ring, one of them killed at a random point, and the trace
-// controller's dump action saves what the ring still holds. Also: two processes tracing into
-// one ring, a second dump adding nothing, and mappings that are not a ring refused.
+// The trace ring in shared memory and the flight recorder: a program started as a child traces
+// numbered records into a shared ring and is killed at a random point, and the trace
+// controller's dump action saves what the ring still holds; a hand-out cut short by death is
+// written again, and a ring that cannot be mapped leaves tracing to private memory.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,15 +14,12 @@
 #include <random>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "../../src/trace/tav_trace_shared_os.h"
 #include "tav_console.h"
-#include "tav_file.h"
 #include "tav_filename.h"
 #include "tav_process.h"
-#include "tav_report_capture.h"
 #include "tav_test_environment.h"
 #include "tav_test_self_child.h"
 #include "tav_trace.h"
@@ -42,15 +39,6 @@ std::string traceKey = kKeyStem + std::to_string(TavClProcessProperty().getId())
 constexpr char kRoleVariable[] = "TAV_TRACE_TEST_TRACER";
 constexpr uint16_t kComponent = 7;
 
-// What a tracing child does after its last record.
-enum class Then : char { kExit = 'x', kWait = 'w' };
-
-// The role's text: "<key>|<progress file>|<tag><then>|<records, 0 for no end>".
-std::string tracerRole(const std::string& progressFile, char tag, uint32_t records, Then then) {
-  return traceKey + "|" + progressFile + "|" + tag + static_cast<char>(then) + "|" +
-         std::to_string(records);
-}
-
 // The progress file: the number of the last record whose trace call returned, and the signal
 // that lets the children start.
 struct Progress {
@@ -62,22 +50,17 @@ std::string lockNameOf(const std::string& path) {
   return tav::trace::sharedRingLockName(path.substr(path.find_last_of("/\\") + 1).c_str());
 }
 
-// The child's role: once the parent says go, traces records numbered from 1 under the key, each
-// a UINT32 with the tag as its message, and stores the number of every record whose trace call
-// has returned in the progress file. After the last record it ends with exit code 0, flushing
-// the ring as a program does, or waits to be killed without flushing.
+// The child's role: once the parent says go, traces records numbered from 1 under the key in
+// the role's text ("<key>|<progress file>"), each a UINT32 with the message "k", and stores
+// the number of every record whose trace call has returned in the progress file, until it is
+// killed.
 const bool tracesAsChild = [] {
   const char* role = std::getenv(kRoleVariable);
   if (role == nullptr) return false;
   const std::string text = role;
-  const size_t keyBar = text.find('|');
-  traceKey = text.substr(0, keyBar);
-  const size_t firstBar = text.find('|', keyBar + 1);
-  const std::string progressFile = text.substr(keyBar + 1, firstBar - keyBar - 1);
-  const char tag[2] = {text[firstBar + 1], '\0'};
-  const Then then = static_cast<Then>(text[firstBar + 2]);
-  const auto records =
-      static_cast<uint32_t>(std::strtoul(text.c_str() + firstBar + 4, nullptr, 10));
+  const size_t bar = text.find('|');
+  traceKey = text.substr(0, bar);
+  const std::string progressFile = text.substr(bar + 1);
   SharedRingMapping progress;
   if (progress.attach(progressFile.c_str(), lockNameOf(progressFile).c_str()) !=
       SharedRingMapping::Status::kOk) {
@@ -93,16 +76,12 @@ const bool tracesAsChild = [] {
     if (late()) std::_Exit(5);
     std::this_thread::yield();
   }
-  for (uint32_t number = 1; records == 0 || number <= records; ++number) {
-    if (records == 0 && number % 1024 == 0 && late()) std::_Exit(5);
-    tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", tag, &number,
+  for (uint32_t number = 1;; ++number) {
+    if (number % 1024 == 0 && late()) std::_Exit(5);
+    tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", "k", &number,
                  sizeof number);
     shared.done.store(number, std::memory_order_release);
   }
-  while (then == Then::kWait && !late())
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  tavTraceDeleteInstance();
-  std::_Exit(0);
 }();
 
 using tav::test::ToolRun;
@@ -183,7 +162,7 @@ TEST_F(FlightRecorder, AProgramKilledWhileTracingLosesNoFinishedRecord) {
   const uint64_t killAfter = std::uniform_int_distribution<uint64_t>(50, 5000)(random);
   SCOPED_TRACE("killed after record " + std::to_string(killAfter));
   const uint32_t child = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'k', 0, Then::kWait).c_str());
+      kRoleVariable, (traceKey + "|" + progressFile).c_str());
   ASSERT_NE(child, 0u);
   letChildrenGo();
   waitForRecords(killAfter);

@@ -1,7 +1,7 @@
 // The trace formatter: the directives, the display of every data type, the filter and the
-// display switches, and what happens to damaged files. Records are written byte by byte with
-// fixed time stamps and ids, so that the expected texts are the same on every host; the tables
-// and the demo program's trace are under tests/data/trace.
+// display switches, damaged files, and the environment's own trace file. Records are written
+// byte by byte with fixed time stamps and ids, so that the expected texts are the same on every
+// host; the tables and the demo program's trace are under tests/data/trace.
 
 #include <gtest/gtest.h>
 
