@@ -145,14 +145,6 @@ TEST(TraceFormatter, FilterAndDisplaySwitches) {
       EXPECT_EQ(formatBytes(bytesOf(trace), field[1].c_str(), field[2]), field[3]);
     }
   }
-  // A filter given to the constructor is the one used (its level is LOW).
-  TestTraceEnvironment environment;
-  TavClTraceFilter filter;
-  TavClTraceFormatter formatter(environment, &filter);
-  formatter.setFormatString("%l");
-  const std::string bytes =
-      bytesOf({{}, {TAV_TRACE_TYPE_NO_DATA, "fn", "", TAV_TRACE_DETAIL_HIGH}});
-  EXPECT_EQ(formatted(formatter, &bytes), "LOW\n");
 }
 
 // A damaged record stops formatting with a failure, after the text of the good one before it.

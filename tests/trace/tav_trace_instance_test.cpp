@@ -59,7 +59,6 @@ TEST_F(TraceInstance, TheFirstInstanceIsEnabledOnlyWhenActive) {
   instance->activate();
   instance->enable();
   EXPECT_TRUE(TAV_TRACE_IS_ENABLED());
-  instance->enable();
   tavTraceDeleteInstance();
   EXPECT_FALSE(tavTraceIsEnabled());
   EXPECT_EQ(TavClTraceInstance::getCreatedInstance(), nullptr);

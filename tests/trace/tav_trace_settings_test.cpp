@@ -119,15 +119,6 @@ TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
       std::remove(file.c_str());
     }
   }
-  // ... unless the environment is the controller.
-  ScopedTraceVariables variables("TSFLAGS");
-  const std::string file = tav::test::scratchFileName("flags");
-  variables.set("_TRACE_FILE", file.c_str());
-  variables.set("_TRACE_AUTOCLEAR", "on");
-  std::ofstream(file) << "old records";
-  const TavClTraceEnvironment controller("tsflags", nullptr, true);
-  EXPECT_TRUE(std::ifstream(file).good());
-  std::remove(file.c_str());
 }
 
 // With a key of more than 24 characters: names cut short would run the suffixes together into

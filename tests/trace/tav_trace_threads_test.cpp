@@ -53,10 +53,10 @@ std::vector<uint32_t> runThreads(int perThread, const WriteRecord& write) {
   return threadIds;
 }
 
-// Every thread's records in the file, whole and in order; with functions, each data record
-// between a function entry and exit of its own.
+// Every thread's records in the file, whole and in order, each data record between a function
+// entry and exit of its own.
 void expectEachThreadInOrder(const std::string& fileName, const std::vector<uint32_t>& threadIds,
-                             int perThread, bool withFunctions) {
+                             int perThread) {
   TestTraceEnvironment reader;
   bool endsOnRecord = false;
   const auto records =
@@ -75,10 +75,10 @@ void expectEachThreadInOrder(const std::string& fileName, const std::vector<uint
   for (int thread = 0; thread < kThreads; ++thread) {
     std::vector<std::string> expected;
     for (int number = 0; number < perThread; ++number) {
-      if (withFunctions) expected.push_back(std::to_string(TAV_TRACE_TYPE_FUNCTION_ENTRY));
+      expected.push_back(std::to_string(TAV_TRACE_TYPE_FUNCTION_ENTRY));
       expected.push_back(std::to_string(thread) + " " + messageFor(thread, number) + " worker " +
                          dataFor(thread, number));
-      if (withFunctions) expected.push_back(std::to_string(TAV_TRACE_TYPE_FUNCTION_EXIT));
+      expected.push_back(std::to_string(TAV_TRACE_TYPE_FUNCTION_EXIT));
     }
     EXPECT_TRUE(byThread[threadIds[thread]] == expected)
         << "thread " << thread;  // too long to print
@@ -106,7 +106,7 @@ TEST(TraceThreads, TraceCallsFromManyThreadsAllReachTheFileWhole) {
                  0);
   });
   tavTraceDeleteInstance();
-  expectEachThreadInOrder(file, threadIds, kRepetitions, true);
+  expectEachThreadInOrder(file, threadIds, kRepetitions);
 }
 
 }  // namespace
