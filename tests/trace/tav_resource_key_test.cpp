@@ -1,4 +1,5 @@
-// Resource keys: the character mapping, the second-part pointer and cutting at the capacity.
+// Resource keys: the character mapping, the second-part pointer, cutting at the capacity, and
+// copies that keep pointing into their own text.
 
 #include <gtest/gtest.h>
 
@@ -37,6 +38,28 @@ TEST(ResourceKey, LongPartsAreCutAtTheCapacity) {
   EXPECT_EQ(full.getLength(), 255u);
   EXPECT_STREQ(full.getSecondPart(), "");
   EXPECT_EQ(full.getSecondPart(), full.getKey() + 255);
+}
+
+TEST(ResourceKey, MatchesTextThatBeginsWithTheKey) {
+  const TavClResourceKeySemaphore key("app", "one");
+  EXPECT_TRUE(key.matches("SEM32:app:one"));
+  EXPECT_TRUE(key.matches("SEM32:app:one:and more"));
+  EXPECT_FALSE(key.matches("SEM32:app:on"));
+  EXPECT_FALSE(key.matches("SEM32:app:two"));
+  EXPECT_FALSE(key.matches(nullptr));
+}
+
+TEST(ResourceKey, CopiesPointIntoTheirOwnText) {
+  TavClResourceKeySemaphore copy("other", "x");
+  {
+    const TavClResourceKeySemaphore original("app", "one");
+    copy = original;
+    const TavClResourceKeySemaphore constructed(original);
+    EXPECT_EQ(constructed.getSecondPart(), constructed.getKey() + 6);
+  }
+  EXPECT_STREQ(copy.getKey(), "SEM32:app:one");
+  EXPECT_EQ(copy.getSecondPart(), copy.getKey() + 6);
+  EXPECT_STREQ(copy.getSecondPart(), "app:one");
 }
 
 }  // namespace

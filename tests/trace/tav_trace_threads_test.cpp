@@ -1,9 +1,10 @@
 // Several threads tracing through the trace functions into one trace file: every record must
-// arrive whole and in its thread's order. The test command also runs this under
-// ThreadSanitizer.
+// arrive whole and in its thread's order; and the process lock that guards a ring lets one
+// thread in at a time. The test command also runs these tests under ThreadSanitizer.
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -107,6 +108,36 @@ TEST(TraceThreads, TraceCallsFromManyThreadsAllReachTheFileWhole) {
   });
   tavTraceDeleteInstance();
   expectEachThreadInOrder(file, threadIds, kRepetitions);
+}
+
+// The threads start while the lock is held, so that each of them first waits for it; then they
+// take turns on a count that only the lock protects (ThreadSanitizer also watches it).
+TEST(TraceThreads, TheProcessLockLetsOneThreadInAtATime) {
+  constexpr int kRounds = 20000;
+  TavClTraceProcessLock lock;
+  int inside = 0;
+  int total = 0;
+  bool overlapped = false;
+  std::atomic<int> started{0};
+  EXPECT_EQ(lock.lock(), TAV_TRACE_LOCK_ACQUIRED);
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&] {
+      started.fetch_add(1);
+      for (int round = 0; round < kRounds; ++round) {
+        EXPECT_EQ(lock.lock(), TAV_TRACE_LOCK_ACQUIRED);
+        overlapped = overlapped || ++inside != 1;
+        ++total;
+        --inside;
+        lock.unlock();
+      }
+    });
+  }
+  while (started.load() != kThreads) std::this_thread::yield();
+  lock.unlock();
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_FALSE(overlapped);
+  EXPECT_EQ(total, kThreads * kRounds);
 }
 
 }  // namespace
