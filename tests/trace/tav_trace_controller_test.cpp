@@ -59,8 +59,8 @@ TEST_F(TraceController, StatusDisplayShowsTheTracedProgramsSettingsAndItsFile) {
   for (const std::string& line : std::vector<std::string>{
            "Key/Instance             : tavdemo/second", "Trace active             : YES",
            "Trace buffer size        : 5120 Bytes", "Trace file               : " + missing,
-           "Detail level             : MED",
-           "Include component(s)     : 1-6,8-19,31-255", "Exclude component(s)     : 7,20-30"}) {
+           "Detail level             : MED", "Include component(s)     : 1-6,8-19,31-255",
+           "Exclude component(s)     : 7,20-30"}) {
     EXPECT_THAT(status, HasSubstr(line + "\n"));
   }
 }

@@ -161,8 +161,8 @@ TEST_F(FlightRecorder, AProgramKilledWhileTracingLosesNoFinishedRecord) {
   std::mt19937 random{std::random_device{}()};
   const uint64_t killAfter = std::uniform_int_distribution<uint64_t>(50, 5000)(random);
   SCOPED_TRACE("killed after record " + std::to_string(killAfter));
-  const uint32_t child = tav::test::startSelfChild(
-      kRoleVariable, (traceKey + "|" + progressFile).c_str());
+  const uint32_t child =
+      tav::test::startSelfChild(kRoleVariable, (traceKey + "|" + progressFile).c_str());
   ASSERT_NE(child, 0u);
   letChildrenGo();
   waitForRecords(killAfter);
