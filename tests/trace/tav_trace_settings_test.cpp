@@ -76,21 +76,6 @@ TEST(TraceFilter, TextsOfTheVariables) {
   EXPECT_EQ(TavClTraceFilter::getDetailAsCString(4), nullptr);
 }
 
-TEST(TraceFilter, MatchingComponentsAndTheFilterFlag) {
-  TavClTraceFilter filter;  // details and ids are left to the formatter's display table
-  EXPECT_FALSE(filter.usesCompIdFilter());
-  filter.disableComponentId(255);
-  EXPECT_TRUE(filter.usesCompIdFilter());
-  EXPECT_FALSE(filter.matchesCompId(255));
-  filter.enableComponentId(255);
-  filter.disableComponentId(256);  // outside the set: ignored
-  filter.disableComponentId(0);    // id 0 always matches
-  EXPECT_FALSE(filter.usesCompIdFilter());
-  EXPECT_TRUE(filter.matchesCompId(0));
-  filter.disableComponentId(3);
-  EXPECT_FALSE(filter.matchesCompId(3 + 256));  // the record keeps the low eight bits
-}
-
 // Each flag variable: switched on by an enabled value, left as it was by any other value or
 // when it is not set. Autoclear deletes the old trace file.
 TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
