@@ -1,11 +1,10 @@
 // The trace controller tool, run in this process through TavClTraceController: the status
-// display and the formats against golden files, the actions, and every failure with its
-// message and exit code.
+// display and the formats against golden files, and every failure with its message and exit
+// code.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <string>
@@ -13,8 +12,6 @@
 #include <vector>
 
 #include "tav_console.h"
-#include "tav_dump.h"
-#include "tav_file.h"
 #include "tav_trace.h"
 #include "tav_trace_controller.h"
 #include "tav_trace_test_support.h"
@@ -80,22 +77,6 @@ TEST_F(TraceController, DisplayGivesTheGoldenDefaultNestedAndJsonFormats) {
     EXPECT_EQ(run.code, 0);
     EXPECT_EQ(run.out, readTestData(row.second));
   }
-}
-
-TEST_F(TraceController, ResetInitAndDumpWorkOnTheKeysTraceFile) {
-  const std::string file = scratchFileName("controller_actions");
-  variables.set("_TRACE_FILE", file.c_str());
-  const std::string bytes = readTestData("demo.trc");
-  std::ofstream(file, std::ios::binary) << bytes;
-  const std::string dump = runTool({"-dump"}).out;
-  EXPECT_EQ(std::count(dump.begin(), dump.end(), '\n'), static_cast<long>(bytes.size() + 15) / 16);
-  EXPECT_EQ(dump.substr(0, dump.find('\n')),
-            TavClStrepHexDump(size_t{0}, bytes.data(), 16).getAsCString());
-  EXPECT_EQ(runTool({"-reset"}).code, 0);
-  EXPECT_FALSE(TavClFile(file.c_str()).isExistent());
-  EXPECT_EQ(runTool({"-init", "-display"}).out, "");
-  EXPECT_EQ(tav::test::readFileBytes(file), "");
-  std::remove(file.c_str());
 }
 
 // Any file as trace file, and any value of the options: a message and an exit code.
