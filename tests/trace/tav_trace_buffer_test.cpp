@@ -1,8 +1,8 @@
-// The trace ring buffer and the file writer behind it: the control block, wrapping at the end
-// with hand-outs of at most two pieces, flushing, running without a callback, taking over memory
-// that already holds a ring, and files that cannot be opened or fill up part way. Every hand-out
-// is recorded, so a test can check that the pieces put together are exactly the records written,
-// and that a file, whatever failed, holds only the whole records no failure touched.
+// The trace ring buffer and the file writer behind it: wrapping at the end with hand-outs of at
+// most two pieces, flushing, taking over memory that already holds a ring, corrupt or too small
+// memory, and files that cannot be opened or fill up part way. Every hand-out is recorded, so a
+// test can check that the pieces put together are exactly the records written, and that a
+// file, whatever failed, holds only the whole records no failure touched.
 
 #include <gtest/gtest.h>
 
@@ -177,18 +177,6 @@ class Ring {
   }
 };
 
-TEST(TraceBuffer, ControlBlockAtTheStartOfTheMemory) {
-  Ring ring(100);
-  const auto* bytes = reinterpret_cast<const char*>(ring.memory.data());
-  EXPECT_EQ(std::string(bytes, 4), "TAVT");
-  EXPECT_EQ(ring.memory[1], 100u);  // capacity
-  // First and last data byte, hand-out mark and write position, as offsets in the memory.
-  EXPECT_EQ(std::vector<uint64_t>(&ring.memory[2], &ring.memory[6]),
-            (std::vector<uint64_t>{48, 147, 48, 48}));
-  ring.write(30);
-  EXPECT_EQ(ring.memory[5], 78u);
-}
-
 // After each script, the hand-outs put together are the records written (but those given up
 // while there was no callback), and a second piece, where there is one, comes from the start
 // of the ring. Only the pieces of a record larger than the ring are not whole records.
@@ -212,21 +200,6 @@ TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
   }
 }
 
-TEST(TraceBuffer, WithoutACallbackTheOldestBytesAreOverwritten) {
-  Ring ring(100, false);
-  for (char fill : {'a', 'c', 'e', 'g', 'i'}) ring.write(30, fill);
-  // The fourth record did not fit: the first three were given up, and the last two are pending.
-  EXPECT_EQ(ring.control().handOutMark, 48u + 90);
-  EXPECT_EQ(ring.writeOffset(), 50u);
-  EXPECT_EQ(ring.manager.getPendingSize(), 60u);
-  const std::string contents(reinterpret_cast<const char*>(ring.dataStart()), 100);
-  EXPECT_EQ(contents.substr(0, 50), ring.written.substr(100, 50));
-  EXPECT_EQ(contents.substr(50), ring.written.substr(50, 50));
-  ring.manager.flush();  // still no callback: nothing to hand out to
-  EXPECT_TRUE(ring.log.handOuts.empty());
-  EXPECT_EQ(ring.manager.getPendingSize(), 0u);
-}
-
 TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
   Ring ring(100, false);
   const std::string earlier = ring.write(30);
@@ -239,15 +212,6 @@ TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
   second.flush();
   EXPECT_EQ(ring.log.all, earlier + recordBytes(entry));
   EXPECT_EQ(ring.manager.getPendingSize(), 0u);  // the flush moved the mark for both
-
-  // The same bytes at another address, as another process maps them, are the same ring.
-  ring.write(40, 'x');
-  std::vector<uint64_t> copy(ring.memory);
-  TavClTraceBufferManager elsewhere(ring.environment, copy.data(), 148);
-  HandOutLog log;
-  elsewhere.setOverflowCallback(&HandOutLog::record, &log);
-  elsewhere.flush();
-  EXPECT_EQ(log.all, ring.written.substr(30));
 }
 
 // Each row spoils one field of a valid ring's control block. The check gives its reason, a
@@ -257,7 +221,6 @@ TEST(TraceBuffer, ACorruptControlBlockIsRefusedWithItsReason) {
     SCOPED_TRACE(row.where + " " + row.str(0));
     Ring ring(100, false);
     ring.write(30);
-    EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.memory.data(), 148), TAV_TRACE_RING_VALID);
     ring.memory[row.number(1)] = static_cast<uint64_t>(row.number(2));
     const std::vector<uint64_t> spoilt(ring.memory);
     const TavEnTraceRingCheck check = TavClTraceBufferManager::checkRing(ring.memory.data(), 148);
@@ -294,10 +257,6 @@ TEST(TraceBuffer, MemoryTooSmallOrMisalignedIsHandledSafely) {
   none.flush();
   EXPECT_EQ(TavClTraceBufferManager::checkRing(small, 49), TAV_TRACE_RING_TOO_SMALL);
   EXPECT_EQ(TavClTraceBufferManager::checkRing(nullptr, 1000), TAV_TRACE_RING_TOO_SMALL);
-  EXPECT_STREQ(TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_TOO_SMALL),
-               "the memory is too small for a trace ring");
-  EXPECT_STREQ(TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_VALID),
-               "the memory holds a valid trace ring");
   TavClTraceBufferManager null(environment, nullptr, 1000);
   null.write(entry);
   TavClTraceBufferManager smallest(environment, small, 50);
@@ -310,7 +269,6 @@ TEST(TraceBuffer, MemoryTooSmallOrMisalignedIsHandledSafely) {
   ASSERT_NE(shifted.getControlBlock(), nullptr);
   EXPECT_EQ(reinterpret_cast<const uint8_t*>(shifted.getControlBlock()), unaligned + 5);
   EXPECT_EQ(shifted.getControlBlock()->capacity, 200u - 5 - 48);
-  EXPECT_EQ(TavClTraceBufferManager::checkRing(unaligned, 200), TAV_TRACE_RING_VALID);
   EXPECT_EQ(TavClTraceBufferManager::checkRing(unaligned - 3, 203), TAV_TRACE_RING_NO_MAGIC);
 }
 
@@ -375,38 +333,6 @@ TEST(TraceBuffer, RandomRecordsAndFlushesAreHandedOutCompleteAndInOrder) {
     ASSERT_EQ(ring.log.all, ring.written);
     ring.handOutLengths();  // checks where each second piece starts
   }
-}
-
-// Hand-outs are appended to what the file held before. A failed write is reported and cut
-// back to the last whole record.
-TEST(TraceFileWriter, AFailedWriteIsReportedAndLeavesOnlyWholeRecords) {
-  Ring ring(100);
-  ring.toFile();
-  ring.environment.verbose = true;
-  std::ofstream(ring.fileName, std::ios::binary) << "earlier";
-  tav::test::ReportCapture reports;
-  for (int record = 0; record < 4; ++record) ring.write(30);
-  // Record 3 does not fit behind records 0 to 2, which are handed out. The second hand-out,
-  // records 3 to 5 in two pieces of 10 and 80 bytes, is made to fail 25 bytes into its second.
-  ring.writer.allowance = [](uint64_t) { return 25; };
-  for (int record = 4; record < 7; ++record) ring.write(30);
-  const std::string writing = "[TAV: TRACE: writing file: " + ring.fileName + "]\n";
-  EXPECT_EQ(reports.take(), writing + "[TAV: TRACE: file exists with size: 7]\n" +
-                                "[TAV: TRACE: bytes written: 90 file status: 0]\n" + writing +
-                                "[TAV: TRACE: file exists with size: 97]\n" +
-                                "[TAV: TRACE: could not write: " + ring.fileName +
-                                " (errno: " + std::to_string(ENOSPC) + ")]\n" +
-                                "[TAV: TRACE: file cut back to size: 97]\n" +
-                                "[TAV: TRACE: bytes written: 35 file status: 0]\n");
-  EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.written.substr(0, 90));
-
-  // Records 6 and 7, handed out later, are written.
-  ring.writer.allowance = nullptr;
-  ring.environment.verbose = false;
-  ring.write(30);
-  ring.manager.flush();
-  EXPECT_EQ(readFileBytes(ring.fileName), "earlier" + ring.kept());
-  EXPECT_EQ(ring.kept(), ring.written.substr(0, 90) + ring.written.substr(180));
 }
 
 // Without verbose, failures are not reported at all.

@@ -1,7 +1,7 @@
 // The trace formatter: the directives, the display of every data type, the filter and the
-// display switches, and what happens to damaged files. Records are written byte by byte with
-// fixed time stamps and ids, so that the expected texts are the same on every host; the tables
-// and the demo program's trace are under tests/data/trace.
+// display switches, damaged files, and the environment's own trace file. Records are written
+// byte by byte with fixed time stamps and ids, so that the expected texts are the same on every
+// host; the tables and the demo program's trace are under tests/data/trace.
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,6 @@
 #include <vector>
 
 #include "tav_error.h"
-#include "tav_message.h"
-#include "tav_test_allocator.h"
 #include "tav_trace_entry.h"
 #include "tav_trace_formatter.h"
 #include "tav_trace_test_support.h"
@@ -119,21 +117,10 @@ TEST(TraceFormatter, DataDisplayByType) {
               row.fields.at(4) + "\n");
   }
   EXPECT_STREQ(TavClTraceFormatter::getTypeAsLongCString(21), "long double");
-  EXPECT_STREQ(TavClTraceFormatter::getTypeAsShortCString(22), "");
   EXPECT_STREQ(TavClTraceFormatter::getTypeAsLongCString(0), "");
   const std::string longText(1000, 'x');
   EXPECT_EQ(formatBytes(bytesOf({{TAV_TRACE_TYPE_CSTRING, "fn", longText + '\0' + "tail"}}), "%d"),
             longText + "\n");
-}
-
-// The demo program's trace, formatted as the demo prints it.
-TEST(TraceFormatter, DemoTraceGolden) {
-  const std::string bytes = readTestData("demo.trc");
-  TestTraceEnvironment environment;
-  TavClTraceFormatter byDefault(environment);  // the environment's default format
-  EXPECT_EQ(formatted(byDefault, &bytes), readTestData("demo_default.txt"));
-  EXPECT_EQ(formatBytes(bytes, "%x %f %m %d", "indent=|  ,nesting"),
-            readTestData("demo_nested.txt"));
 }
 
 // Small traces shown with the filter and the display switches.
@@ -158,14 +145,6 @@ TEST(TraceFormatter, FilterAndDisplaySwitches) {
       EXPECT_EQ(formatBytes(bytesOf(trace), field[1].c_str(), field[2]), field[3]);
     }
   }
-  // A filter given to the constructor is the one used (its level is LOW).
-  TestTraceEnvironment environment;
-  TavClTraceFilter filter;
-  TavClTraceFormatter formatter(environment, &filter);
-  formatter.setFormatString("%l");
-  const std::string bytes =
-      bytesOf({{}, {TAV_TRACE_TYPE_NO_DATA, "fn", "", TAV_TRACE_DETAIL_HIGH}});
-  EXPECT_EQ(formatted(formatter, &bytes), "LOW\n");
 }
 
 // A damaged record stops formatting with a failure, after the text of the good one before it.
@@ -191,51 +170,6 @@ TEST(TraceFormatter, DamagedFiles) {
     SCOPED_TRACE(testing::Message() << "header cut at " << cut);  // ends normally
     EXPECT_EQ(formatBytes(whole + whole.substr(0, cut), "%f"), "fn\n");
   }
-}
-
-// Size fields never make the formatter allocate: a record claiming 4 GiB is read until the
-// file ends, through the formatter's own buffers.
-TEST(TraceFormatter, FormattingAllocatesNothing) {
-  const std::string bytes = bytesOf({{TAV_TRACE_TYPE_DATA, "fn", std::string(100, 'a')},
-                                     {TAV_TRACE_TYPE_CSTRING, "fn", "text"},
-                                     {TAV_TRACE_TYPE_DATA, "fn", std::string(100, 'a'),
-                                      TAV_TRACE_DETAIL_LOW, "msg", 1, 42, 7, UINT32_MAX}});
-  tav::test::installCountingAllocator();
-  TestTraceEnvironment environment;
-  auto* formatter = new TavClTraceFormatter(environment);
-  const size_t before = tav::test::allocationRequests();
-  std::istringstream input(bytes);
-  std::ostringstream output;
-  EXPECT_THROW(formatter->format(input, output), TavClExceptionFatal);
-  EXPECT_EQ(tav::test::allocationRequests(), before);
-  delete formatter;
-}
-
-TEST(TraceFormatter, FixedTextsFromAnAttachedCatalog) {
-  std::vector<const char*> table(
-      tavMsgCatGetBuiltInStringTable(),
-      tavMsgCatGetBuiltInStringTable() + tavMsgCatGetBuiltInStringTableSize());
-  table[189] = "Byte";
-  table[190] = " (gekuerzt)";
-  table[191] = "<null>";
-  table[192] = "Tiefe ";
-  TavClMessageCatalog catalog;
-  catalog.useStringTable(table.data(), static_cast<unsigned long>(table.size()));
-  TestTraceEnvironment environment;
-  TavClTraceFormatter formatter(environment);
-  formatter.setFormatString("%d");
-  formatter.attachTavMessageCatalog(catalog);
-  const std::string bytes = bytesOf({{TAV_TRACE_TYPE_DATA_CLIPPED, "fn", ""},
-                                     {TAV_TRACE_TYPE_DATA_NULL, "fn", ""},
-                                     {TAV_TRACE_TYPE_FUNCTION_ENTRY, "f", littleEndian(4, 4)}});
-  EXPECT_EQ(formatted(formatter, &bytes), "0 Byte (gekuerzt)\n<null>\nTiefe 4\n");
-
-  catalog.useStringTable(tavMsgCatGetBuiltInStringTable(), tavMsgCatGetBuiltInStringTableSize());
-  tav::test::forEachAllocationFailure([&] {
-    TavClTraceFormatter failing(environment);
-    failing.attachTavMessageCatalog(catalog);
-    failing.attachTavMessageCatalog(catalog);
-  });
 }
 
 // The environment's trace file: records the library wrote, enough of them that reading goes

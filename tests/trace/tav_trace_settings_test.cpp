@@ -14,7 +14,6 @@
 #include "tav_report_capture.h"
 #include "tav_test_allocator.h"
 #include "tav_trace_environment.h"
-#include "tav_trace_formatter.h"
 #include "tav_trace_test_support.h"
 
 namespace {
@@ -77,55 +76,6 @@ TEST(TraceFilter, TextsOfTheVariables) {
   EXPECT_EQ(TavClTraceFilter::getDetailAsCString(4), nullptr);
 }
 
-TEST(TraceFilter, MatchingComponentsAndTheFilterFlag) {
-  TavClTraceFilter filter;  // details and ids are left to the formatter's display table
-  EXPECT_FALSE(filter.usesCompIdFilter());
-  filter.disableComponentId(255);
-  EXPECT_TRUE(filter.usesCompIdFilter());
-  EXPECT_FALSE(filter.matchesCompId(255));
-  filter.enableComponentId(255);
-  filter.disableComponentId(256);  // outside the set: ignored
-  filter.disableComponentId(0);    // id 0 always matches
-  EXPECT_FALSE(filter.usesCompIdFilter());
-  EXPECT_TRUE(filter.matchesCompId(0));
-  filter.disableComponentId(3);
-  EXPECT_FALSE(filter.matchesCompId(3 + 256));  // the record keeps the low eight bits
-}
-
-TEST(TraceSettings, SettingsInForeignMemoryStartLikeOwnOnes) {
-  alignas(8) unsigned char memory[sizeof(_TavStTraceSettingsBlock)];
-  std::fill(std::begin(memory), std::end(memory), static_cast<unsigned char>(0xAB));
-  TavClTraceSettings settings(memory);
-  const auto* block = reinterpret_cast<const _TavStTraceSettingsBlock*>(memory);
-  EXPECT_EQ(&settings.getBlock(), block);
-  EXPECT_EQ(block->filter.getDetail(), TAV_TRACE_DETAIL_LOW);
-  settings.enableCompression(false);
-  settings.enableAutoflush(true);
-  EXPECT_EQ(block->flags, TavClTraceSettings::kAutosave | TavClTraceSettings::kAutoflush);
-  settings.initComponentIds("4");
-  EXPECT_EQ(matchingIds(settings.getFilter()), (std::vector<uint32_t>{0, 4}));
-}
-
-// Without variables; a key of more than 24 characters names the default trace file in full, as
-// given, in the temporary directory.
-TEST(TraceEnvironment, DefaultsWithoutVariables) {
-  const std::string key = "abcdefghijklmnopqrstuvwxyz_TSDEFAULT";
-  ScopedTraceVariables variables("ABCDEFGHIJKLMNOPQRSTUVWXYZ_TSDEFAULT");
-  TavClTraceEnvironment environment(key.c_str(), nullptr, false);
-  const TavClTraceSettings& settings = environment.getSettings();
-  EXPECT_EQ(settings.getFilter().getDetail(), TAV_TRACE_DETAIL_LOW);
-  EXPECT_FALSE(settings.isVerboseEnabled());
-  EXPECT_FALSE(settings.getFilter().usesCompIdFilter());
-  EXPECT_EQ(environment.getTotalBufferSize(), 65535u);
-  EXPECT_EQ(environment.getBufferSize(), 65535u - 48);
-  EXPECT_STREQ(
-      environment.getTraceFileName(),
-      TavClFilename(tavGetTmpDirectory(), (key + "trace.trc").c_str(), nullptr).getAsCString());
-  EXPECT_STREQ(environment.getFormatString(), TavClTraceEnvironment::kDefaultFormat);
-  EXPECT_FALSE(environment.usesSharedMemory());
-  EXPECT_FALSE(environment.isController());
-}
-
 // Each flag variable: switched on by an enabled value, left as it was by any other value or
 // when it is not set. Autoclear deletes the old trace file.
 TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
@@ -154,15 +104,6 @@ TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
       std::remove(file.c_str());
     }
   }
-  // ... unless the environment is the controller.
-  ScopedTraceVariables variables("TSFLAGS");
-  const std::string file = tav::test::scratchFileName("flags");
-  variables.set("_TRACE_FILE", file.c_str());
-  variables.set("_TRACE_AUTOCLEAR", "on");
-  std::ofstream(file) << "old records";
-  const TavClTraceEnvironment controller("tsflags", nullptr, true);
-  EXPECT_TRUE(std::ifstream(file).good());
-  std::remove(file.c_str());
 }
 
 // With a key of more than 24 characters: names cut short would run the suffixes together into
@@ -181,18 +122,9 @@ TEST(TraceEnvironment, DetailSetFileAndFormatVariables) {
   EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
   EXPECT_EQ(matchingIds(environment.getSettings().getFilter()), idsOf("0-6 8-255"));
   EXPECT_EQ(environment.getTotalBufferSize(), 5120u);
-  EXPECT_EQ(environment.getBufferSize(), 5120u - 48);
   EXPECT_STREQ(environment.getTraceFileName(), "some/where.trc");
   EXPECT_EQ(std::string(environment.getFormatString()), longFormat.substr(0, 512));
-  EXPECT_STREQ(TavClTraceFormatter(environment).getFormatString(), environment.getFormatString());
   EXPECT_STREQ(environment.getKey(), "SEM32:tsvalues_abcdefghijklmnopqrstuvwxyz:second");
-
-  // A set component set without a single id leaves only id 0. (An empty value would do the
-  // same, but on Windows setting a variable empty removes it.)
-  ScopedTraceVariables empty("TSEMPTY");
-  empty.set("_TRACE_COMPSET", "none");
-  TavClTraceEnvironment emptySet("tsempty", nullptr, false);
-  EXPECT_EQ(matchingIds(emptySet.getSettings().getFilter()), (std::vector<uint32_t>{0}));
 }
 
 TEST(TraceEnvironment, VerboseReportsSettingsAndAFileThatCannotBeWritten) {

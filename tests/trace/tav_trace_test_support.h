@@ -76,11 +76,9 @@ struct ToolRun {
 };
 
 // Runs the trace controller tool in this process on "prog -key <key>" and the arguments. Its
-// output and errors are caught in temporary files; a child's run (asChild) keeps them and ends
-// the process with the tool's exit code. The trace instance the tool makes is deleted
+// output and errors are caught in temporary files. The trace instance the tool makes is deleted
 // afterwards, so that the next run makes its own.
-ToolRun runTraceTool(const std::string& key, std::vector<std::string> arguments,
-                     bool asChild = false);
+ToolRun runTraceTool(const std::string& key, std::vector<std::string> arguments);
 
 // Clears the twelve trace variables of a key for the lifetime of the object, and sets the ones
 // a test names; all are removed again at the end.

@@ -1,7 +1,6 @@
-// Several threads tracing into one trace file, straight into a buffer and through the trace
-// functions: every record must arrive whole and in its thread's order; and the process lock
-// that guards a ring lets one thread in at a time. The test command also runs these tests under
-// ThreadSanitizer.
+// Several threads tracing through the trace functions into one trace file: every record must
+// arrive whole and in its thread's order; and the process lock that guards a ring lets one
+// thread in at a time. The test command also runs these tests under ThreadSanitizer.
 
 #include <gtest/gtest.h>
 
@@ -55,10 +54,10 @@ std::vector<uint32_t> runThreads(int perThread, const WriteRecord& write) {
   return threadIds;
 }
 
-// Every thread's records in the file, whole and in order; with functions, each data record
-// between a function entry and exit of its own.
+// Every thread's records in the file, whole and in order, each data record between a function
+// entry and exit of its own.
 void expectEachThreadInOrder(const std::string& fileName, const std::vector<uint32_t>& threadIds,
-                             int perThread, bool withFunctions) {
+                             int perThread) {
   TestTraceEnvironment reader;
   bool endsOnRecord = false;
   const auto records =
@@ -77,38 +76,13 @@ void expectEachThreadInOrder(const std::string& fileName, const std::vector<uint
   for (int thread = 0; thread < kThreads; ++thread) {
     std::vector<std::string> expected;
     for (int number = 0; number < perThread; ++number) {
-      if (withFunctions) expected.push_back(std::to_string(TAV_TRACE_TYPE_FUNCTION_ENTRY));
+      expected.push_back(std::to_string(TAV_TRACE_TYPE_FUNCTION_ENTRY));
       expected.push_back(std::to_string(thread) + " " + messageFor(thread, number) + " worker " +
                          dataFor(thread, number));
-      if (withFunctions) expected.push_back(std::to_string(TAV_TRACE_TYPE_FUNCTION_EXIT));
+      expected.push_back(std::to_string(TAV_TRACE_TYPE_FUNCTION_EXIT));
     }
     EXPECT_TRUE(byThread[threadIds[thread]] == expected)
         << "thread " << thread;  // too long to print
-  }
-}
-
-TEST(TraceThreads, RecordsWrittenIntoOneBufferEachArriveWhole) {
-  // The smallest buffer a trace environment makes, so that the ring wraps very often.
-  constexpr uint64_t kBufferSize = 4096;
-  constexpr int kRecordsPerThread = 1500;
-  for (const bool compress : {false, true}) {
-    SCOPED_TRACE(compress ? "compressed" : "plain");
-    TestTraceEnvironment environment(compress, kBufferSize - 48);
-    environment.fileName = tav::test::scratchFileName("threads");
-    std::vector<uint64_t> memory(kBufferSize / 8);
-    TavClTraceBufferManager manager(environment, memory.data(), kBufferSize);
-    TavClTraceFileWriter writer(environment);
-    manager.setOverflowCallback(&TavClTraceFileWriter::appendHandOut, &writer);
-    const auto threadIds = runThreads(kRecordsPerThread, [&](int thread, int number) {
-      const std::string message = messageFor(thread, number);
-      const std::string data = dataFor(thread, number);
-      manager.write(TavClTraceEntry(environment, TAV_TRACE_DETAIL_LOW,
-                                    static_cast<uint16_t>(thread), TAV_TRACE_TYPE_DATA, "worker",
-                                    message.c_str(), data.data(), data.size()));
-      if (number % 500 == 0) manager.flush();
-    });
-    manager.flush();
-    expectEachThreadInOrder(environment.fileName, threadIds, kRecordsPerThread, false);
   }
 }
 
@@ -133,7 +107,7 @@ TEST(TraceThreads, TraceCallsFromManyThreadsAllReachTheFileWhole) {
                  0);
   });
   tavTraceDeleteInstance();
-  expectEachThreadInOrder(file, threadIds, kRepetitions, true);
+  expectEachThreadInOrder(file, threadIds, kRepetitions);
 }
 
 // The threads start while the lock is held, so that each of them first waits for it; then they
