@@ -1,7 +1,7 @@
-// The trace ring in shared memory and the flight recorder: a program started as a child traces
-// numbered records into a shared ring and is killed at a random point, and the trace
-// controller's dump action saves what the ring still holds; a hand-out cut short by death is
-// written again, and a ring that cannot be mapped leaves tracing to private memory.
+// The trace ring in shared memory and the flight recorder: programs started as children trace
+// numbered records into a shared ring, one of them killed at a random point, and the trace
+// controller's dump action saves what the ring still holds. Also: two processes tracing into
+// one ring, a second dump adding nothing, and mappings that are not a ring refused.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,12 +14,15 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "../../src/trace/tav_trace_shared_os.h"
 #include "tav_console.h"
+#include "tav_file.h"
 #include "tav_filename.h"
 #include "tav_process.h"
+#include "tav_report_capture.h"
 #include "tav_test_environment.h"
 #include "tav_test_self_child.h"
 #include "tav_trace.h"
@@ -39,6 +42,15 @@ std::string traceKey = kKeyStem + std::to_string(TavClProcessProperty().getId())
 constexpr char kRoleVariable[] = "TAV_TRACE_TEST_TRACER";
 constexpr uint16_t kComponent = 7;
 
+// What a tracing child does after its last record.
+enum class Then : char { kExit = 'x', kWait = 'w' };
+
+// The role's text: "<key>|<progress file>|<tag><then>|<records, 0 for no end>".
+std::string tracerRole(const std::string& progressFile, char tag, uint32_t records, Then then) {
+  return traceKey + "|" + progressFile + "|" + tag + static_cast<char>(then) + "|" +
+         std::to_string(records);
+}
+
 // The progress file: the number of the last record whose trace call returned, and the signal
 // that lets the children start.
 struct Progress {
@@ -50,17 +62,22 @@ std::string lockNameOf(const std::string& path) {
   return tav::trace::sharedRingLockName(path.substr(path.find_last_of("/\\") + 1).c_str());
 }
 
-// The child's role: once the parent says go, traces records numbered from 1 under the key in
-// the role's text ("<key>|<progress file>"), each a UINT32 with the message "k", and stores
-// the number of every record whose trace call has returned in the progress file, until it is
-// killed.
+// The child's role: once the parent says go, traces records numbered from 1 under the key, each
+// a UINT32 with the tag as its message, and stores the number of every record whose trace call
+// has returned in the progress file. After the last record it ends with exit code 0, flushing
+// the ring as a program does, or waits to be killed without flushing.
 const bool tracesAsChild = [] {
   const char* role = std::getenv(kRoleVariable);
   if (role == nullptr) return false;
   const std::string text = role;
-  const size_t bar = text.find('|');
-  traceKey = text.substr(0, bar);
-  const std::string progressFile = text.substr(bar + 1);
+  const size_t keyBar = text.find('|');
+  traceKey = text.substr(0, keyBar);
+  const size_t firstBar = text.find('|', keyBar + 1);
+  const std::string progressFile = text.substr(keyBar + 1, firstBar - keyBar - 1);
+  const char tag[2] = {text[firstBar + 1], '\0'};
+  const Then then = static_cast<Then>(text[firstBar + 2]);
+  const auto records =
+      static_cast<uint32_t>(std::strtoul(text.c_str() + firstBar + 4, nullptr, 10));
   SharedRingMapping progress;
   if (progress.attach(progressFile.c_str(), lockNameOf(progressFile).c_str()) !=
       SharedRingMapping::Status::kOk) {
@@ -76,12 +93,16 @@ const bool tracesAsChild = [] {
     if (late()) std::_Exit(5);
     std::this_thread::yield();
   }
-  for (uint32_t number = 1;; ++number) {
-    if (number % 1024 == 0 && late()) std::_Exit(5);
-    tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", "k", &number,
+  for (uint32_t number = 1; records == 0 || number <= records; ++number) {
+    if (records == 0 && number % 1024 == 0 && late()) std::_Exit(5);
+    tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", tag, &number,
                  sizeof number);
     shared.done.store(number, std::memory_order_release);
   }
+  while (then == Then::kWait && !late())
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  tavTraceDeleteInstance();
+  std::_Exit(0);
 }();
 
 using tav::test::ToolRun;
@@ -161,8 +182,8 @@ TEST_F(FlightRecorder, AProgramKilledWhileTracingLosesNoFinishedRecord) {
   std::mt19937 random{std::random_device{}()};
   const uint64_t killAfter = std::uniform_int_distribution<uint64_t>(50, 5000)(random);
   SCOPED_TRACE("killed after record " + std::to_string(killAfter));
-  const uint32_t child =
-      tav::test::startSelfChild(kRoleVariable, (traceKey + "|" + progressFile).c_str());
+  const uint32_t child = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'k', 0, Then::kWait).c_str());
   ASSERT_NE(child, 0u);
   letChildrenGo();
   waitForRecords(killAfter);
@@ -183,6 +204,66 @@ TEST_F(FlightRecorder, AProgramKilledWhileTracingLosesNoFinishedRecord) {
   const std::string saved = tav::test::readFileBytes(traceFile);
   EXPECT_EQ(runTool({"-dump"}).code, 0);
   EXPECT_EQ(tav::test::readFileBytes(traceFile), saved);
+}
+
+TEST_F(FlightRecorder, TwoProcessesTraceIntoOneRing) {
+  constexpr uint32_t kRecords = 3000;
+  const uint32_t first = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'a', kRecords, Then::kExit).c_str());
+  const uint32_t second = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'b', kRecords, Then::kExit).c_str());
+  ASSERT_NE(first, 0u);
+  ASSERT_NE(second, 0u);
+  // Both are ready before either starts, so that their records meet in the ring.
+  std::this_thread::sleep_for(std::chrono::milliseconds(200));
+  letChildrenGo();
+  int exitCode = -1;
+  ASSERT_TRUE(tav::test::waitForChildExit(first, 60000, &exitCode));
+  EXPECT_EQ(exitCode, 0);
+  ASSERT_TRUE(tav::test::waitForChildExit(second, 60000, &exitCode));
+  EXPECT_EQ(exitCode, 0);
+
+  // Both wrote their last records out when they ended: the dump finds nothing left.
+  const std::string written = tav::test::readFileBytes(traceFile);
+  EXPECT_EQ(runTool({"-dump"}).code, 0);
+  EXPECT_EQ(tav::test::readFileBytes(traceFile), written);
+  for (const char tag : {'a', 'b'}) {
+    SCOPED_TRACE(std::string("tag ") + tag);
+    bool endsOnRecord = false;
+    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
+    EXPECT_TRUE(endsOnRecord);
+    EXPECT_EQ(numbers.size(), kRecords);
+    expectCountingFromOne(numbers);
+  }
+}
+
+TEST_F(FlightRecorder, RecordsOfProcessesThatDiedBeforeAnyHandOutAreAllSaved) {
+  // Fewer records than the ring holds: neither child ever wrote to the trace file.
+  constexpr uint32_t kRecords = 40;
+  const uint32_t first = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'c', kRecords, Then::kWait).c_str());
+  ASSERT_NE(first, 0u);
+  letChildrenGo();
+  ASSERT_TRUE(waitForRecords(kRecords));
+  const uint32_t second = tav::test::startSelfChild(
+      kRoleVariable, tracerRole(progressFile, 'd', kRecords * 2, Then::kWait).c_str());
+  ASSERT_NE(second, 0u);
+  ASSERT_TRUE(waitForRecords(kRecords * 2));
+  ASSERT_TRUE(tav::test::killChild(first));
+  ASSERT_TRUE(tav::test::killChild(second));
+  EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
+
+  const ToolRun dump = runTool({"-dump"});
+  EXPECT_EQ(dump.code, 0) << dump.err;
+  for (const auto& [tag, records] :
+       {std::pair<char, uint32_t>{'c', kRecords}, {'d', kRecords * 2}}) {
+    SCOPED_TRACE(std::string("tag ") + tag);
+    bool endsOnRecord = false;
+    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
+    EXPECT_TRUE(endsOnRecord);
+    EXPECT_EQ(numbers.size(), records);
+    expectCountingFromOne(numbers);
+  }
 }
 
 TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
@@ -217,6 +298,68 @@ TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
   expectCountingFromOne(numbers);
 }
 
+TEST_F(FlightRecorder, TheSharedRingShowsInTheVerboseReportAndTheStatus) {
+  variables.set("_TRACE_VERBOSE", "on");
+  tav::test::ReportCapture capture;
+  {
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+    EXPECT_TRUE(program.usesSharedMemory());
+    EXPECT_EQ(program.getSharedRingProblem(), nullptr);
+    EXPECT_STREQ(program.getSharedRingFileName(), ringFile.c_str());
+  }
+  EXPECT_THAT(capture.take(), HasSubstr("[TAV: TRACE: sharedMemory: on]\n"));
+  variables.set("_TRACE_VERBOSE", nullptr);
+  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: YES"));
+
+  // Without the variable the same ring file is left alone.
+  variables.set("_TRACE_SHARED", nullptr);
+  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: NO"));
+  TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+  EXPECT_FALSE(program.usesSharedMemory());
+  EXPECT_EQ(program.getSharedRingFileName(), nullptr);
+}
+
+// Which field of the control block is spoilt the ring's own check tells (the buffer tests try
+// each); the tool refuses such a ring, and a program starts it afresh.
+TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
+  {
+    TavClTraceEnvironment(traceKey.c_str(), nullptr, false);  // makes a valid, empty ring
+    SharedRingMapping ring;
+    ASSERT_EQ(ring.attach(ringFile.c_str(), lockNameOf(ringFile).c_str()),
+              SharedRingMapping::Status::kOk);
+    const uint64_t writePosition = 7;  // inside the control block
+    std::memcpy(ring.getRingMemory() + 40, &writePosition, sizeof writePosition);
+    const std::string before(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize());
+
+    const ToolRun dump = runTool({"-dump"});
+    EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
+    EXPECT_THAT(
+        dump.err,
+        HasSubstr(std::string("Shared trace buffer refused: ") +
+                  TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_BAD_WRITE_POSITION) +
+                  " (" + ringFile + ")"));
+    EXPECT_EQ(std::string(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize()),
+              before);
+    EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
+
+    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
+    EXPECT_TRUE(program.usesSharedMemory());
+    EXPECT_EQ(TavClTraceBufferManager::checkRing(ring.getRingMemory(), ring.getRingSize()),
+              TAV_TRACE_RING_VALID);
+  }
+
+  // A file with no room for a ring behind the lock area.
+  SharedRingMapping::removeFile(ringFile.c_str());
+  FILE* file = std::fopen(ringFile.c_str(), "wb");
+  ASSERT_NE(file, nullptr);
+  const std::string lockArea(SharedRingMapping::kLockAreaSize, '\0');
+  std::fwrite(lockArea.data(), 1, lockArea.size(), file);
+  std::fclose(file);
+  const ToolRun dump = runTool({"-dump"});
+  EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
+  EXPECT_THAT(dump.err, HasSubstr("the memory is too small for a trace ring"));
+}
+
 TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped) {
   const std::string nowhere = traceFile + ".missing-directory";
   // The temporary directory is TMP's on both systems. Its old value comes back at the end, even
@@ -233,6 +376,11 @@ TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped)
   }
   bool endsOnRecord = false;
   EXPECT_EQ(numbersIn('p', &endsOnRecord), std::vector<uint32_t>{1});
+}
+
+TEST_F(FlightRecorder, WithoutARingFileTheDumpSavesNothing) {
+  EXPECT_EQ(runTool({"-dump"}).code, TavClTraceController::kExitUnknownKey);
+  EXPECT_FALSE(TavClFile(ringFile.c_str()).isExistent());
 }
 
 }  // namespace
