@@ -1,8 +1,13 @@
 // tav_trace_instance.cpp - the process-wide trace instance and the built-in back end.
 
+#include <string.h>
+
 #include <cstdlib>
 
+#include "../core/tav_system_os.h"
+#include "../process/tav_process_os.h"
 #include "tav_trace.h"
+#include "tav_trace_record_layout.h"
 
 TavClTraceInstance* gs_pclTavTraceInstance = nullptr;
 TavClTraceInstance* TavClTraceInstance::cv_pclSingletonInstance = nullptr;
@@ -88,9 +93,28 @@ void TavClTraceInstance::dumpImp(void* context, TavEnTraceDetail detail, uint16_
   const _TavStTraceSettingsBlock& settings = *instance.settingsBlock;
   if (!settings.filter.matchesDetail(detail) || !settings.filter.matchesCompId(componentId)) return;
   TavClTraceEnvironment& environment = *instance.environment;
+  const bool compress = (settings.flags & TavClTraceSettings::kCompression) != 0;
   // The environment's own function, named so that it is called directly, not looked up.
-  const TavClTraceEntry entry(environment, (settings.flags & TavClTraceSettings::kCompression) != 0,
-                              environment.TavClTraceEnvironment::getBufferSize(), detail,
-                              componentId, type, origin, message, data, size);
-  environment.add(entry);
+  const uint64_t capacity = environment.TavClTraceEnvironment::getBufferSize();
+  if (compress) {
+    const TavClTraceEntry entry(environment, true, capacity, detail, componentId, type, origin,
+                                message, data, size);
+    environment.add(entry);
+    return;
+  }
+  // Uncompressed texts go from the caller's strings straight into the ring: the header is all
+  // that is built here.
+  using namespace tav::trace_record;
+  if (message == nullptr) message = "";
+  if (origin == nullptr) origin = "";
+  const size_t messageLength = strnlen(message, TavClTraceEntry::kMaxStoredTextLength);
+  const size_t originLength = strnlen(origin, TavClTraceEntry::kMaxStoredTextLength);
+  // Written once, field by field: a header put together in pieces and then copied whole would
+  // be read back before its last stores have left the processor.
+  uint8_t header[kHeaderSize];
+  storeCallHeader(header, detail, componentId, type, false, data, size, capacity,
+                  static_cast<uint8_t>(messageLength), static_cast<uint8_t>(originLength),
+                  tav::os::tickCountMilliseconds(), environment.getProcessId(),
+                  tav::os::currentThreadId());
+  environment.addRecord(header, message, messageLength, origin, originLength, data);
 }
