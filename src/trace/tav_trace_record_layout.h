@@ -52,12 +52,12 @@ inline void storeLittleEndian32(uint8_t* field, uint32_t value) {
   // One store on a little-endian host: byte stores that the compiler merges itself can end up
   // assembled in registers and copied through the stack, which stalls the copy.
   std::memcpy(field, &value, sizeof value);
-  return;
-#endif
+#else
   field[0] = static_cast<uint8_t>(value);
   field[1] = static_cast<uint8_t>(value >> 8);
   field[2] = static_cast<uint8_t>(value >> 16);
   field[3] = static_cast<uint8_t>(value >> 24);
+#endif
 }
 
 // The size of a record's data block, from its header.
