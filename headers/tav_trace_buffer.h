@@ -115,6 +115,10 @@ class TAV_API TavClTraceBufferManager {
   // Writes one record: its header and texts, then its data block. Other threads' records
   // never interleave with it.
   void write(const TavClTraceEntry& entry);
+  // The same for a record given in its parts: the 20-byte header, the texts with the lengths
+  // stored in it, and the data block of the size stored in it.
+  void writeRecord(const uint8_t* header, const char* message, uint64_t messageLength,
+                   const char* origin, uint64_t originLength, const void* data);
   // Hands out the pending records; nothing when none are pending.
   void flush();
   // How many bytes are pending.

@@ -193,6 +193,12 @@ class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
 
   // Writes a record into the buffer, and flushes after it when autoflush is on.
   void add(const TavClTraceEntry& entry);
+  // The same for a record given in its parts (see TavClTraceBufferManager::writeRecord).
+  void addRecord(const uint8_t* header, const char* message, uint64_t messageLength,
+                 const char* origin, uint64_t originLength, const void* data) {
+    bufferManager->writeRecord(header, message, messageLength, origin, originLength, data);
+    if (settings->isAutoflushEnabled()) bufferManager->flush();
+  }
   void flush();
 
   void activate() { active = true; }

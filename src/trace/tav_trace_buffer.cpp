@@ -175,22 +175,33 @@ uint64_t TavClTraceBufferManager::copyIn(uint64_t position, const uint8_t* bytes
 }
 
 void TavClTraceBufferManager::write(const TavClTraceEntry& entry) {
-  if (control == nullptr) return;
-  // The header, then the texts from the caller's strings, or from the entry where it holds them
-  // (as it does compressed texts), then the data: copied straight into the ring.
+  // The texts from the caller's strings, or from the entry where it holds them (as it does
+  // compressed texts).
   const uint8_t* header = entry.record;
+  if (entry.messageText != nullptr) {
+    writeRecord(header, entry.messageText, entry.messageTextLength, entry.originText,
+                entry.originTextLength, entry.dumpData);
+    return;
+  }
+  const auto* message = reinterpret_cast<const char*>(header + TavClTraceEntry::kHeaderSize);
+  const uint64_t messageLength = header[tav::trace_record::kMessageLengthOffset];
+  writeRecord(header, message, messageLength, message + messageLength,
+              header[tav::trace_record::kOriginLengthOffset], entry.dumpData);
+}
+
+void TavClTraceBufferManager::writeRecord(const uint8_t* header, const char* messageText,
+                                          uint64_t messageLength, const char* originText,
+                                          uint64_t originLength, const void* dumpData) {
+  if (control == nullptr) return;
+  // The header, the texts and the data: copied straight into the ring. The lengths come as
+  // arguments, not from the header's bytes: a length known to be below 256 makes the compiler
+  // inline the copies as a string instruction, which starts slower than the library's copy.
   constexpr uint64_t kHeaderSize = TavClTraceEntry::kHeaderSize;
-  const bool textsApart = entry.messageText != nullptr;
-  const auto* message =
-      textsApart ? reinterpret_cast<const uint8_t*>(entry.messageText) : header + kHeaderSize;
-  const uint64_t messageLength =
-      textsApart ? entry.messageTextLength : entry.headerSize - kHeaderSize;
-  // Texts held by the entry count as one piece: then the origin is empty.
-  const auto* origin = textsApart ? reinterpret_cast<const uint8_t*>(entry.originText) : header;
-  const uint64_t originLength = textsApart ? entry.originTextLength : 0;
-  const auto* data = static_cast<const uint8_t*>(entry.dumpData);
+  const auto* message = reinterpret_cast<const uint8_t*>(messageText);
+  const auto* origin = reinterpret_cast<const uint8_t*>(originText);
+  const auto* data = static_cast<const uint8_t*>(dumpData);
   const uint64_t dataSize = tav::trace_record::dataSizeOf(header);
-  const uint64_t recordSize = entry.headerSize + dataSize;
+  const uint64_t recordSize = kHeaderSize + messageLength + originLength + dataSize;
   RingGuard guard(*this);
   _TavStTraceBufferControl& ring = *control;
   // One byte always stays free, so that a full ring never looks empty.

@@ -18,8 +18,6 @@ namespace {
 using tav::trace_record::dataSizeOf;
 using tav::trace_record::kComponentIdOffset;
 using tav::trace_record::kCompressedBit;
-using tav::trace_record::kDataSizeOffset;
-using tav::trace_record::kDetailBits;
 using tav::trace_record::kDetailShift;
 using tav::trace_record::kFlagsOffset;
 using tav::trace_record::kMessageLengthOffset;
@@ -29,7 +27,6 @@ using tav::trace_record::kThreadIdOffset;
 using tav::trace_record::kTimeStampOffset;
 using tav::trace_record::kTypeBits;
 using tav::trace_record::loadLittleEndian32;
-using tav::trace_record::storeLittleEndian32;
 
 // Stores one text compressed at destination and returns its stored length: the low eight bits
 // of the byte count. A compressed text may run to 256 bytes, which the length byte stores as 0;
@@ -54,29 +51,11 @@ TavClTraceEntry::TavClTraceEntry(TavClTraceEnvironmentABase& environment, bool c
                                  TavEnTraceDataType type, const char* origin, const char* message,
                                  const void* data, uint64_t dataSize)
     : environment(environment), headerSize(kHeaderSize), dumpData(data) {
-  if (data == nullptr) {
-    dataSize = 0;
-    type = TAV_TRACE_TYPE_DATA_NULL;
-  }
-  // The size field has 32 bits; a block is never larger than the buffer that takes it.
-  if (capacity > UINT32_MAX) capacity = UINT32_MAX;
-  if (dataSize > capacity) {
-    dataSize = capacity;
-    type = TAV_TRACE_TYPE_DATA_CLIPPED;
-  }
-
-  // The flags byte at once: type, detail and, last, the compressed bit.
-  record[kFlagsOffset] =
-      static_cast<uint8_t>((static_cast<unsigned>(type) & kTypeBits) |
-                           ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits) |
-                           (compress ? kCompressedBit : 0));
-  record[kComponentIdOffset] = static_cast<uint8_t>(componentId);
   // The clock and the thread id straight from the platform layer: the public functions around
   // them would cost a call through the library's symbol table on every record.
-  storeLittleEndian32(record + kTimeStampOffset, tav::os::tickCountMilliseconds());
-  storeLittleEndian32(record + kProcessIdOffset, environment.getProcessId());
-  storeLittleEndian32(record + kThreadIdOffset, tav::os::currentThreadId());
-  storeLittleEndian32(record + kDataSizeOffset, static_cast<uint32_t>(dataSize));
+  tav::trace_record::storeCallHeader(record, detail, componentId, type, compress, data, dataSize,
+                                     capacity, 0, 0, tav::os::tickCountMilliseconds(),
+                                     environment.getProcessId(), tav::os::currentThreadId());
 
   if (compress) {
     record[kMessageLengthOffset] = storeCompressed(record + kHeaderSize, message);

@@ -1,8 +1,13 @@
 // tav_trace_instance.cpp - the process-wide trace instance and the built-in back end.
 
+#include <string.h>
+
 #include <cstdlib>
 
+#include "../core/tav_system_os.h"
+#include "../process/tav_process_os.h"
 #include "tav_trace.h"
+#include "tav_trace_record_layout.h"
 
 TavClTraceInstance* gs_pclTavTraceInstance = nullptr;
 TavClTraceInstance* TavClTraceInstance::cv_pclSingletonInstance = nullptr;
@@ -88,9 +93,38 @@ void TavClTraceInstance::dumpImp(void* context, TavEnTraceDetail detail, uint16_
   const _TavStTraceSettingsBlock& settings = *instance.settingsBlock;
   if (!settings.filter.matchesDetail(detail) || !settings.filter.matchesCompId(componentId)) return;
   TavClTraceEnvironment& environment = *instance.environment;
+  const bool compress = (settings.flags & TavClTraceSettings::kCompression) != 0;
   // The environment's own function, named so that it is called directly, not looked up.
-  const TavClTraceEntry entry(environment, (settings.flags & TavClTraceSettings::kCompression) != 0,
-                              environment.TavClTraceEnvironment::getBufferSize(), detail,
-                              componentId, type, origin, message, data, size);
-  environment.add(entry);
+  const uint64_t capacity = environment.TavClTraceEnvironment::getBufferSize();
+  if (message == nullptr) message = "";
+  if (origin == nullptr) origin = "";
+  // Only the header is built here, and compressed texts: uncompressed ones go from the
+  // caller's strings straight into the ring.
+  using namespace tav::trace_record;
+  constexpr size_t kMaxText = TavClTraceEntry::kMaxStoredTextLength;
+  // Room for a compressed message and origin, each of which may overshoot by one byte.
+  uint8_t compressed[2 * kMaxText + 2];
+  size_t messageLength;
+  size_t originLength;
+  if (compress) {
+    // A compressed text of 256 bytes keeps only the low eight bits of its length (0), and the
+    // origin then starts where that length puts it, as the record will read.
+    messageLength =
+        static_cast<uint8_t>(TavClTraceEntry::compressCString(compressed, message, kMaxText));
+    originLength = static_cast<uint8_t>(
+        TavClTraceEntry::compressCString(compressed + messageLength, origin, kMaxText));
+    message = reinterpret_cast<const char*>(compressed);
+    origin = message + messageLength;
+  } else {
+    messageLength = strnlen(message, kMaxText);
+    originLength = strnlen(origin, kMaxText);
+  }
+  // Written once, field by field: a header put together in pieces and then copied whole would
+  // be read back before its last stores have left the processor.
+  uint8_t header[kHeaderSize];
+  storeCallHeader(header, detail, componentId, type, compress, data, size, capacity,
+                  static_cast<uint8_t>(messageLength), static_cast<uint8_t>(originLength),
+                  tav::os::tickCountMilliseconds(), environment.getProcessId(),
+                  tav::os::currentThreadId());
+  environment.addRecord(header, message, messageLength, origin, originLength, data);
 }

@@ -11,6 +11,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <cstring>
+
 #include "tav_trace_entry.h"
 
 namespace tav::trace_record {
@@ -46,10 +48,16 @@ inline uint32_t loadLittleEndian32(const uint8_t* field) {
 }
 
 inline void storeLittleEndian32(uint8_t* field, uint32_t value) {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  // One store on a little-endian host: byte stores that the compiler merges itself can end up
+  // assembled in registers and copied through the stack, which stalls the copy.
+  std::memcpy(field, &value, sizeof value);
+#else
   field[0] = static_cast<uint8_t>(value);
   field[1] = static_cast<uint8_t>(value >> 8);
   field[2] = static_cast<uint8_t>(value >> 16);
   field[3] = static_cast<uint8_t>(value >> 24);
+#endif
 }
 
 // The size of a record's data block, from its header.
@@ -60,6 +68,37 @@ inline uint32_t dataSizeOf(const uint8_t* header) {
 // How many bytes follow the header: both stored texts and the data block.
 inline uint64_t bodySizeOf(const uint8_t* header) {
   return uint64_t{header[kMessageLengthOffset]} + header[kOriginLengthOffset] + dataSizeOf(header);
+}
+
+// Fills a record's header from the arguments of a trace call and the stored text lengths. A null
+// data pointer makes the type DATA_NULL with no data; data larger than capacity is cut to it and
+// the type becomes DATA_CLIPPED. The size field has 32 bits, and a block is never larger than the
+// buffer that takes it.
+inline void storeCallHeader(uint8_t* header, TavEnTraceDetail detail, uint16_t componentId,
+                            TavEnTraceDataType type, bool compress, const void* data,
+                            uint64_t dataSize, uint64_t capacity, uint8_t messageLength,
+                            uint8_t originLength, uint32_t timeStamp, uint32_t processId,
+                            uint32_t threadId) {
+  if (data == nullptr) {
+    dataSize = 0;
+    type = TAV_TRACE_TYPE_DATA_NULL;
+  }
+  if (capacity > UINT32_MAX) capacity = UINT32_MAX;
+  if (dataSize > capacity) {
+    dataSize = capacity;
+    type = TAV_TRACE_TYPE_DATA_CLIPPED;
+  }
+  header[kFlagsOffset] =
+      static_cast<uint8_t>((static_cast<unsigned>(type) & kTypeBits) |
+                           ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits) |
+                           (compress ? kCompressedBit : 0));
+  header[kComponentIdOffset] = static_cast<uint8_t>(componentId);
+  header[kMessageLengthOffset] = messageLength;
+  header[kOriginLengthOffset] = originLength;
+  storeLittleEndian32(header + kTimeStampOffset, timeStamp);
+  storeLittleEndian32(header + kProcessIdOffset, processId);
+  storeLittleEndian32(header + kThreadIdOffset, threadId);
+  storeLittleEndian32(header + kDataSizeOffset, static_cast<uint32_t>(dataSize));
 }
 
 }  // namespace tav::trace_record
