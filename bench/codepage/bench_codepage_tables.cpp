@@ -18,21 +18,13 @@
 #include <unicode/ucnv.h>
 #endif
 
+#include "bench_codepage_dice.h"
+
 namespace {
 
 constexpr size_t kInputSize = 1 << 20;
 
-// A small linear congruential generator, so that the inputs are the same in every run.
-class Dice {
- public:
-  uint32_t below(uint32_t bound) {
-    state_ = state_ * 6364136223846793005u + 1442695040888963407u;
-    return static_cast<uint32_t>(state_ >> 33) % bound;
-  }
-
- private:
-  uint64_t state_ = 37;
-};
+using tav::bench::Dice;
 
 // Lower-case words of EBCDIC letters (a-i, j-r, s-z), some with an accented letter, blanks,
 // full stops and line ends (0x25 line feed, 0x15 next line).
@@ -40,7 +32,7 @@ std::string makeEbcdic37() {
   static const char letters[] =
       "\x81\x82\x83\x84\x85\x86\x87\x88\x89\x91\x92\x93\x94\x95\x96\x97\x98\x99\xA2\xA3\xA4\xA5"
       "\xA6\xA7\xA8\xA9\x51\x54\xCC";
-  Dice dice;
+  Dice dice(37);
   std::string text;
   while (text.size() < kInputSize) {
     for (uint32_t length = 2 + dice.below(8); length != 0; --length) {
@@ -55,7 +47,7 @@ std::string makeEbcdic37() {
 
 // Japanese host text: single-byte words and runs of kanji between shift-out and shift-in.
 std::string makeEbcdic930() {
-  Dice dice;
+  Dice dice(37);
   std::string text;
   while (text.size() + 64 < kInputSize) {
     for (uint32_t length = 2 + dice.below(6); length != 0; --length) {
@@ -76,7 +68,7 @@ std::string makeEbcdic930() {
 std::string makeUcs2() {
   static const uint16_t letters[] = {'e', 't', 'a', 'o', 'i',  'n',  's',  'r',  'h',  'l',
                                      'd', 'u', 'c', 'm', 0xE9, 0xE8, 0xFC, 0xDF, 0xE4, 0x20AC};
-  Dice dice;
+  Dice dice(37);
   std::string text;
   while (text.size() < kInputSize) {
     uint16_t unit = dice.below(6) == 0 ? uint16_t{' '} : letters[dice.below(20)];

@@ -22,22 +22,13 @@
 #include <iconv.h>
 #endif
 
+#include "bench_codepage_dice.h"
+
 namespace {
 
 constexpr size_t kTextSize = 1 << 20;
 
-// A small linear congruential generator, so that the texts are the same in every run and on
-// every platform.
-class Dice {
- public:
-  uint32_t below(uint32_t bound) {
-    state_ = state_ * 6364136223846793005u + 1442695040888963407u;
-    return static_cast<uint32_t>(state_ >> 33) % bound;
-  }
-
- private:
-  uint64_t state_ = 18;
-};
+using tav::bench::Dice;
 
 void appendUtf8(std::string& text, uint32_t value) {
   if (value < 0x80) {
@@ -69,7 +60,7 @@ std::string makeAscii() {
   static const char* const words[] = {"the",    "file",   "system", "of",     "a",
                                       "server", "writes", "every",  "record", "twice",
                                       "and",    "reads",  "it",     "back",   "later"};
-  Dice dice;
+  Dice dice(18);
   std::string text;
   while (text.size() <= kTextSize) {
     text += words[dice.below(15)];
@@ -84,7 +75,7 @@ std::string makeLatin() {
                                       "élève", "können",  "année",  "Größe",    "déjà",   "müssen",
                                       "crème", "Mädchen", "où",     "français", "Schön",  "garçon",
                                       "fête",  "hôtel",   "und",    "les",      "der",    "avec"};
-  Dice dice;
+  Dice dice(18);
   std::string text;
   while (text.size() <= kTextSize) {
     text += words[dice.below(24)];
@@ -95,7 +86,7 @@ std::string makeLatin() {
 
 // CJK ideographs with an emoji about every tenth character and some ASCII punctuation.
 std::string makeCjkEmoji() {
-  Dice dice;
+  Dice dice(18);
   std::string text;
   while (text.size() <= kTextSize) {
     const uint32_t pick = dice.below(20);
