@@ -112,6 +112,19 @@ class TAV_API TavClTraceBufferManager {
   // buffer's lock is held, so it must not write to or flush the same buffer.
   void setOverflowCallback(TavPfuTraceOverflow callback, void* context);
 
+  // A record in its parts, as writeRecord takes them.
+  struct RecordParts {
+    const uint8_t* header;
+    const char* message;
+    uint64_t messageLength;
+    const char* origin;
+    uint64_t originLength;
+    const void* data;
+  };
+  // The parts of entry's record: the texts from the caller's strings, or from the entry where it
+  // holds them (as it does compressed texts).
+  static RecordParts partsOf(const TavClTraceEntry& entry);
+
   // Writes one record: its header and texts, then its data block. Other threads' records
   // never interleave with it.
   void write(const TavClTraceEntry& entry);
@@ -119,6 +132,9 @@ class TAV_API TavClTraceBufferManager {
   // stored in it, and the data block of the size stored in it.
   void writeRecord(const uint8_t* header, const char* message, uint64_t messageLength,
                    const char* origin, uint64_t originLength, const void* data);
+  // Writes a run of whole records, as built by writeRecord, in one piece: records of other
+  // threads go before or after the run, never into it.
+  void writeRecords(const uint8_t* records, uint64_t length);
   // Hands out the pending records; nothing when none are pending.
   void flush();
   // How many bytes are pending.

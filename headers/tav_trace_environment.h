@@ -24,6 +24,13 @@
 // Keys of any length name their variables in full. The default trace file name is a file name
 // like any other and so is kept to TAV_PATH_MAX_LENGTH characters.
 //
+// Each thread builds its records in an area of its own in front of a private buffer, and they
+// enter the buffer as a run when the area is full, when the thread ends and whenever the trace
+// is flushed (tavTraceFlush, autoflush, deleting the instance). So the buffer and the file keep
+// every thread's records whole and in that thread's order, while records of different threads
+// come in runs. A shared buffer gets every record when its trace call returns, so that a
+// program that dies loses none of them.
+//
 // Nothing read from the environment can fail: bad numbers become the nearest valid value (a bad
 // buffer size 4096 bytes), a bad detail becomes OFF, and unknown characters are skipped.
 
@@ -43,6 +50,7 @@
 #include "tav_trace_environment_base.h"
 
 namespace tav::trace {
+class RecordStaging;
 class SharedTraceRing;
 }
 
@@ -195,11 +203,11 @@ class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
   void add(const TavClTraceEntry& entry);
   // The same for a record given in its parts (see TavClTraceBufferManager::writeRecord).
   void addRecord(const uint8_t* header, const char* message, uint64_t messageLength,
-                 const char* origin, uint64_t originLength, const void* data) {
-    bufferManager->writeRecord(header, message, messageLength, origin, originLength, data);
-    if (settings->isAutoflushEnabled()) bufferManager->flush();
-  }
+                 const char* origin, uint64_t originLength, const void* data);
+  // Hands the buffer to the trace file, with the records that wait in the threads' areas.
   void flush();
+  // The threads' areas in front of the buffer, or null when records go straight into it.
+  tav::trace::RecordStaging* getStaging() const { return staging; }
 
   void activate() { active = true; }
   bool isActive() const { return active; }
@@ -260,6 +268,9 @@ class TAV_API TavClTraceEnvironment : public TavClTraceEnvironmentABase,
   char formatString[kMaxFormatLength + 1] = {};
   uint8_t* bufferMemory = nullptr;
   tav::trace::SharedTraceRing* sharedRing = nullptr;
+  // The threads' areas in front of a private ring; none before a shared ring, whose records must
+  // be in the ring when the trace call returns.
+  tav::trace::RecordStaging* staging = nullptr;
   std::string sharedRingProblem;
   std::string sharedRingFileName;
   bool active = false;

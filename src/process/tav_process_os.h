@@ -14,6 +14,15 @@ namespace tav::os {
 uint32_t currentProcessId();
 uint32_t currentThreadId();
 
+// What the trace keeps for the calling thread, zero until the trace sets it: the trace it last
+// wrote to and that trace's area for this thread. Read on every trace record, so where the
+// platform allows it is reached without a call into the dynamic linker.
+struct TraceThreadSlot {
+  uint64_t owner;
+  void* area;
+};
+TraceThreadSlot& traceThreadSlot();
+
 // Tells the process to end: success when told; notFound when it cannot be reached (there is no
 // such process, or it is not ours to end); any other failure when it was reached but ending it
 // failed.

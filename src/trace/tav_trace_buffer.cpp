@@ -174,19 +174,27 @@ uint64_t TavClTraceBufferManager::copyIn(uint64_t position, const uint8_t* bytes
   return kFirst + (length - room);
 }
 
-void TavClTraceBufferManager::write(const TavClTraceEntry& entry) {
-  // The texts from the caller's strings, or from the entry where it holds them (as it does
-  // compressed texts).
+TavClTraceBufferManager::RecordParts TavClTraceBufferManager::partsOf(
+    const TavClTraceEntry& entry) {
   const uint8_t* header = entry.record;
   if (entry.messageText != nullptr) {
-    writeRecord(header, entry.messageText, entry.messageTextLength, entry.originText,
-                entry.originTextLength, entry.dumpData);
-    return;
+    return {header,           entry.messageText,      entry.messageTextLength,
+            entry.originText, entry.originTextLength, entry.dumpData};
   }
   const auto* message = reinterpret_cast<const char*>(header + TavClTraceEntry::kHeaderSize);
   const uint64_t messageLength = header[tav::trace_record::kMessageLengthOffset];
-  writeRecord(header, message, messageLength, message + messageLength,
-              header[tav::trace_record::kOriginLengthOffset], entry.dumpData);
+  return {header,
+          message,
+          messageLength,
+          message + messageLength,
+          header[tav::trace_record::kOriginLengthOffset],
+          entry.dumpData};
+}
+
+void TavClTraceBufferManager::write(const TavClTraceEntry& entry) {
+  const RecordParts parts = partsOf(entry);
+  writeRecord(parts.header, parts.message, parts.messageLength, parts.origin, parts.originLength,
+              parts.data);
 }
 
 void TavClTraceBufferManager::writeRecord(const uint8_t* header, const char* messageText,
@@ -232,6 +240,18 @@ void TavClTraceBufferManager::writeRecord(const uint8_t* header, const char* mes
   streamIn(message, messageLength);
   streamIn(origin, originLength);
   streamIn(data, dataSize);
+}
+
+void TavClTraceBufferManager::writeRecords(const uint8_t* records, uint64_t length) {
+  if (control == nullptr || length == 0) return;
+  RingGuard guard(*this);
+  _TavStTraceBufferControl& ring = *control;
+  if (length >= ring.capacity - pendingBytes(ring)) handOut();
+  if (length < ring.capacity) {
+    ring.writePosition = copyIn(ring.writePosition, records, length);
+    return;
+  }
+  streamIn(records, length);
 }
 
 void TavClTraceBufferManager::streamIn(const uint8_t* bytes, uint64_t length) {

@@ -12,6 +12,7 @@
 #include "tav_memmgr.h"
 #include "tav_trace_environment.h"
 #include "tav_trace_shared_ring.h"
+#include "tav_trace_staging.h"
 
 namespace {
 
@@ -88,6 +89,8 @@ TavClTraceEnvironment::TavClTraceEnvironment(const char* key, const char* instan
       bufferMemory = static_cast<uint8_t*>(tavCalloc(1, bufferSize));
       void* managerMemory = tavMalloc(sizeof(TavClTraceBufferManager));
       bufferManager = new (managerMemory) TavClTraceBufferManager(*this, bufferMemory, bufferSize);
+      void* stagingMemory = tavMalloc(sizeof(tav::trace::RecordStaging));
+      staging = new (stagingMemory) tav::trace::RecordStaging(*bufferManager, getBufferSize());
     }
   } catch (...) {
     release();  // the destructor does not run for an object that was never built
@@ -144,6 +147,11 @@ void TavClTraceEnvironment::installFileWriter() {
 TavClTraceEnvironment::~TavClTraceEnvironment() { release(); }
 
 void TavClTraceEnvironment::release() {
+  if (staging != nullptr) {
+    staging->~RecordStaging();  // moves the waiting records into the ring
+    tavFree(staging);
+  }
+  staging = nullptr;
   if (bufferManager != nullptr) {
     // A controller attached to a shared ring saves it only when told to (saveSharedRing).
     if (!(controller && sharedMemory)) bufferManager->flush();
@@ -172,11 +180,26 @@ void TavClTraceEnvironment::saveSharedRing() {
 }
 
 void TavClTraceEnvironment::add(const TavClTraceEntry& entry) {
-  bufferManager->write(entry);
-  if (settings->isAutoflushEnabled()) bufferManager->flush();
+  const TavClTraceBufferManager::RecordParts parts = TavClTraceBufferManager::partsOf(entry);
+  addRecord(parts.header, parts.message, parts.messageLength, parts.origin, parts.originLength,
+            parts.data);
 }
 
-void TavClTraceEnvironment::flush() { bufferManager->flush(); }
+void TavClTraceEnvironment::addRecord(const uint8_t* header, const char* message,
+                                      uint64_t messageLength, const char* origin,
+                                      uint64_t originLength, const void* data) {
+  if (staging != nullptr) {
+    staging->add(header, message, messageLength, origin, originLength, data);
+  } else {
+    bufferManager->writeRecord(header, message, messageLength, origin, originLength, data);
+  }
+  if (settings->isAutoflushEnabled()) flush();
+}
+
+void TavClTraceEnvironment::flush() {
+  if (staging != nullptr) staging->drainAll();
+  bufferManager->flush();
+}
 
 void TavClTraceEnvironment::setFormatString(const char* text) {
   if (text == nullptr) text = "";

@@ -1,13 +1,14 @@
 // tav_trace_instance.cpp - the process-wide trace instance and the built-in back end.
 
-#include <string.h>
-
 #include <cstdlib>
+#include <cstring>
 
 #include "../core/tav_system_os.h"
 #include "../process/tav_process_os.h"
 #include "tav_trace.h"
 #include "tav_trace_record_layout.h"
+#include "tav_trace_staging.h"
+#include "tav_trace_text_copy.h"
 
 TavClTraceInstance* gs_pclTavTraceInstance = nullptr;
 TavClTraceInstance* TavClTraceInstance::cv_pclSingletonInstance = nullptr;
@@ -98,29 +99,60 @@ void TavClTraceInstance::dumpImp(void* context, TavEnTraceDetail detail, uint16_
   const uint64_t capacity = environment.TavClTraceEnvironment::getBufferSize();
   if (message == nullptr) message = "";
   if (origin == nullptr) origin = "";
-  // Only the header is built here, and compressed texts: uncompressed ones go from the
-  // caller's strings straight into the ring.
   using namespace tav::trace_record;
   constexpr size_t kMaxText = TavClTraceEntry::kMaxStoredTextLength;
-  // Room for a compressed message and origin, each of which may overshoot by one byte.
+  const uint64_t dataSize = storedDataSize(data, size, capacity);
+  size_t messageLength = 0;
+  size_t originLength = 0;
+  if (!compress) {
+    messageLength = tav::trace::boundedTextLength(message, kMaxText);
+    originLength = tav::trace::boundedTextLength(origin, kMaxText);
+  }
+
+  // The record is built where it waits for the ring, in the thread's own area: the texts first,
+  // then the header, which needs their stored lengths. With autoflush on, each record is handed
+  // to the file at once and goes the longer way below.
+  tav::trace::RecordStaging* staging = environment.getStaging();
+  tav::trace::RecordStaging::Room room;
+  // A compressed text may overshoot its stored length by one byte.
+  const uint64_t textRoom = compress ? 2 * kMaxText + 2 : messageLength + originLength;
+  if (staging != nullptr && (settings.flags & TavClTraceSettings::kAutoflush) == 0 &&
+      staging->reserve(kHeaderSize + textRoom + dataSize, &room)) {
+    uint8_t* texts = room.at + kHeaderSize;
+    if (compress) {
+      // A compressed text of 256 bytes keeps only the low eight bits of its length (0), and the
+      // origin then starts where that length puts it, as the record will read.
+      messageLength = static_cast<uint8_t>(TavClTraceEntry::compressCString(texts, message, kMaxText));
+      originLength = static_cast<uint8_t>(
+          TavClTraceEntry::compressCString(texts + messageLength, origin, kMaxText));
+    } else {
+      tav::trace::copyShortBytes(texts, message, messageLength);
+      tav::trace::copyShortBytes(texts + messageLength, origin, originLength);
+    }
+    storeCallHeader(room.at, detail, componentId, type, compress, data, size, capacity,
+                    static_cast<uint8_t>(messageLength), static_cast<uint8_t>(originLength),
+                    tav::os::tickCountMilliseconds(), environment.getProcessId(), room.threadId);
+    uint8_t* dataBlock = texts + messageLength + originLength;
+    if (dataSize <= kMaxText) {
+      tav::trace::copyShortBytes(dataBlock, static_cast<const char*>(data), dataSize);
+    } else {
+      std::memcpy(dataBlock, data, dataSize);
+    }
+    tav::trace::RecordStaging::commit(room, kHeaderSize + messageLength + originLength + dataSize);
+    return;
+  }
+
+  // The header on the stack, and compressed texts: uncompressed ones go from the caller's
+  // strings straight into the ring.
   uint8_t compressed[2 * kMaxText + 2];
-  size_t messageLength;
-  size_t originLength;
   if (compress) {
-    // A compressed text of 256 bytes keeps only the low eight bits of its length (0), and the
-    // origin then starts where that length puts it, as the record will read.
     messageLength =
         static_cast<uint8_t>(TavClTraceEntry::compressCString(compressed, message, kMaxText));
     originLength = static_cast<uint8_t>(
         TavClTraceEntry::compressCString(compressed + messageLength, origin, kMaxText));
     message = reinterpret_cast<const char*>(compressed);
     origin = message + messageLength;
-  } else {
-    messageLength = strnlen(message, kMaxText);
-    originLength = strnlen(origin, kMaxText);
   }
-  // Written once, field by field: a header put together in pieces and then copied whole would
-  // be read back before its last stores have left the processor.
   uint8_t header[kHeaderSize];
   storeCallHeader(header, detail, componentId, type, compress, data, size, capacity,
                   static_cast<uint8_t>(messageLength), static_cast<uint8_t>(originLength),

@@ -70,6 +70,14 @@ inline uint64_t bodySizeOf(const uint8_t* header) {
   return uint64_t{header[kMessageLengthOffset]} + header[kOriginLengthOffset] + dataSizeOf(header);
 }
 
+// The size of the data block a trace call stores: none without data, and at most capacity
+// (or the 32 bits of the size field), as storeCallHeader stores it.
+inline uint64_t storedDataSize(const void* data, uint64_t dataSize, uint64_t capacity) {
+  if (data == nullptr) return 0;
+  if (capacity > UINT32_MAX) capacity = UINT32_MAX;
+  return dataSize > capacity ? capacity : dataSize;
+}
+
 // Fills a record's header from the arguments of a trace call and the stored text lengths. A null
 // data pointer makes the type DATA_NULL with no data; data larger than capacity is cut to it and
 // the type becomes DATA_CLIPPED. The size field has 32 bits, and a block is never larger than the
@@ -79,15 +87,13 @@ inline void storeCallHeader(uint8_t* header, TavEnTraceDetail detail, uint16_t c
                             uint64_t dataSize, uint64_t capacity, uint8_t messageLength,
                             uint8_t originLength, uint32_t timeStamp, uint32_t processId,
                             uint32_t threadId) {
+  const uint64_t storedSize = storedDataSize(data, dataSize, capacity);
   if (data == nullptr) {
-    dataSize = 0;
     type = TAV_TRACE_TYPE_DATA_NULL;
-  }
-  if (capacity > UINT32_MAX) capacity = UINT32_MAX;
-  if (dataSize > capacity) {
-    dataSize = capacity;
+  } else if (storedSize != dataSize) {
     type = TAV_TRACE_TYPE_DATA_CLIPPED;
   }
+  dataSize = storedSize;
   header[kFlagsOffset] =
       static_cast<uint8_t>((static_cast<unsigned>(type) & kTypeBits) |
                            ((static_cast<unsigned>(detail) << kDetailShift) & kDetailBits) |

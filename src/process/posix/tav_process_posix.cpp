@@ -27,6 +27,11 @@ uint32_t currentThreadId() {
   return cached;
 }
 
+TraceThreadSlot& traceThreadSlot() {
+  static thread_local TraceThreadSlot slot __attribute__((tls_model("initial-exec"))) = {};
+  return slot;
+}
+
 OsStatus killProcess(uint32_t processId) {
   // kill() gives 0 and negative ids the meaning "a whole process group"; no such id names a
   // single process, so none can be reached.

@@ -18,6 +18,11 @@ uint32_t currentProcessId() { return GetCurrentProcessId(); }
 
 uint32_t currentThreadId() { return GetCurrentThreadId(); }
 
+TraceThreadSlot& traceThreadSlot() {
+  static thread_local TraceThreadSlot slot = {};
+  return slot;
+}
+
 OsStatus killProcess(uint32_t processId) {
   HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, processId);
   // No such process (ERROR_INVALID_PARAMETER) or not ours (ERROR_ACCESS_DENIED): out of reach.
