@@ -22,6 +22,10 @@ struct TraceThreadSlot {
   void* area;
 };
 TraceThreadSlot& traceThreadSlot();
+// Has atEnd(value) run when the calling thread ends; a later call from the same thread replaces
+// the value. atEnd is the same function in every call of the process (the first one is kept).
+// False when the system keeps no more values per thread.
+bool callAtThreadEnd(void (*atEnd)(void* value), void* value);
 
 // Tells the process to end: success when told; notFound when it cannot be reached (there is no
 // such process, or it is not ours to end); any other failure when it was reached but ending it

@@ -61,6 +61,22 @@ struct StagingRegistry {
     lock().unlock();
   }
 
+  static RecordStaging* nextOf(const RecordStaging& staging) { return staging.nextLive; }
+  // staging's area at address, if it is one and the thread with threadId has it.
+  static RecordStaging::Area* findTakenArea(const RecordStaging& staging, const void* address,
+                                            uint32_t threadId) {
+    for (RecordStaging::Area* area = staging.areas.load(std::memory_order_acquire);
+         area != nullptr; area = area->next) {
+      if (area == address) {
+        const bool taken = area->taken.load(std::memory_order_acquire);
+        return taken && area->threadId.load(std::memory_order_relaxed) == threadId ? area
+                                                                                   : nullptr;
+      }
+    }
+    return nullptr;
+  }
+  static void release(RecordStaging& staging, RecordStaging::Area& area) { staging.release(area); }
+
   // Gives the calling thread's area back to its staging, if that staging is still alive.
   static void releaseSlot(tav::os::TraceThreadSlot& slot) {
     lock().lock();
@@ -78,19 +94,22 @@ struct StagingRegistry {
 
 namespace {
 
-// Gives a thread's area back when the thread ends. Made only once a thread takes an area, so
-// that the records' path reads the plain slot and never this object.
-struct ThreadEndHook {
-  bool armed = false;
-  ~ThreadEndHook() {
-    tav::os::TraceThreadSlot& slot = tav::os::traceThreadSlot();
-    if (armed && slot.owner != 0) StagingRegistry::releaseSlot(slot);
+// Runs in a thread that ends, with the area it took last: the area goes back to its staging
+// unless that staging has gone. The area is looked up among the areas of the live stagings
+// rather than read, since a gone staging took its areas with it; and it must still be this
+// thread's, since a new staging may have made another area at the same address.
+void releaseAreaOfEndingThread(void* ending) {
+  const uint32_t threadId = tav::os::currentThreadId();
+  StagingRegistry::lock().lock();
+  for (RecordStaging* staging = StagingRegistry::live(); staging != nullptr;
+       staging = StagingRegistry::nextOf(*staging)) {
+    auto* area = StagingRegistry::findTakenArea(*staging, ending, threadId);
+    if (area != nullptr) {
+      StagingRegistry::release(*staging, *area);
+      break;
+    }
   }
-};
-
-void armThreadEndHook() {
-  static thread_local ThreadEndHook hook;
-  hook.armed = true;
+  StagingRegistry::lock().unlock();
 }
 
 }  // namespace
@@ -125,7 +144,7 @@ bool RecordStaging::reserveSlowly(uint64_t maxSize, Room* room) {
     }
     if (maxSize > areaSize) return false;
   }
-  *room = {area->bytes + fill, &area->fill, fill, area->threadId};
+  *room = {area->bytes + fill, &area->fill, fill, area->threadId.load(std::memory_order_relaxed)};
   return true;
 }
 
@@ -216,10 +235,12 @@ RecordStaging::Area* RecordStaging::takeArea() {
     } while (!areas.compare_exchange_weak(head, area, std::memory_order_release,
                                           std::memory_order_relaxed));
   }
-  area->threadId = tav::os::currentThreadId();
+  area->threadId.store(tav::os::currentThreadId(), std::memory_order_relaxed);
   slot.owner = identity;
   slot.area = area;
-  armThreadEndHook();
+  // Without the call at the thread's end, the area would stay taken, its records waiting for
+  // the next flush.
+  tav::os::callAtThreadEnd(releaseAreaOfEndingThread, area);
   return area;
 }
 

@@ -56,7 +56,8 @@ class TAV_INTERNAL_API RecordStaging {
       Area& area = *static_cast<Area*>(slot.area);
       const uint64_t fill = area.fill.load(std::memory_order_relaxed);
       if (maxSize <= areaSize - fill) {
-        *room = {area.bytes + fill, &area.fill, fill, area.threadId};
+        *room = {area.bytes + fill, &area.fill, fill,
+                 area.threadId.load(std::memory_order_relaxed)};
         return true;
       }
     }
@@ -89,7 +90,8 @@ class TAV_INTERNAL_API RecordStaging {
     TavClTraceProcessLock drainLock;
     // A thread writes to the area; cleared when it ends or moves to another trace.
     std::atomic<bool> taken{true};
-    uint32_t threadId = 0;
+    // The thread's id, which its records carry; atomic, since a thread that ends looks at it.
+    std::atomic<uint32_t> threadId{0};
     Area* next = nullptr;
     void* allocation = nullptr;
     uint8_t* bytes = nullptr;

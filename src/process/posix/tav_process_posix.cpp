@@ -3,6 +3,7 @@
 // Only code valid on every POSIX system with Linux's gettid belongs here.
 
 #include <errno.h>
+#include <pthread.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <string.h>
@@ -30,6 +31,20 @@ uint32_t currentThreadId() {
 TraceThreadSlot& traceThreadSlot() {
   static thread_local TraceThreadSlot slot __attribute__((tls_model("initial-exec"))) = {};
   return slot;
+}
+
+// A thread-specific key whose destructor runs when a thread with a value ends.
+bool callAtThreadEnd(void (*atEnd)(void* value), void* value) {
+  struct Key {
+    pthread_key_t key;
+    bool made;
+  };
+  static const Key threadEnd = [atEnd] {
+    Key made{};
+    made.made = pthread_key_create(&made.key, atEnd) == 0;
+    return made;
+  }();
+  return threadEnd.made && pthread_setspecific(threadEnd.key, value) == 0;
 }
 
 OsStatus killProcess(uint32_t processId) {

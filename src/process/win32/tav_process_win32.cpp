@@ -23,6 +23,16 @@ TraceThreadSlot& traceThreadSlot() {
   return slot;
 }
 
+// A fiber-local slot: the system calls its callback when a thread with a value in it ends.
+bool callAtThreadEnd(void (*atEnd)(void* value), void* value) {
+  static void (*function)(void*) = nullptr;
+  static const DWORD slot = [atEnd] {
+    function = atEnd;
+    return FlsAlloc([](PVOID ending) { function(ending); });
+  }();
+  return slot != FLS_OUT_OF_INDEXES && FlsSetValue(slot, value) != 0;
+}
+
 OsStatus killProcess(uint32_t processId) {
   HANDLE process = OpenProcess(PROCESS_TERMINATE, FALSE, processId);
   // No such process (ERROR_INVALID_PARAMETER) or not ours (ERROR_ACCESS_DENIED): out of reach.
