@@ -141,25 +141,23 @@ TEST(IniChanges, LongTextsAreCutToTheStore) {
 
 // The building blocks a derived model uses: a section takes over a whole list of options and
 // appends behind its last one; an existing section is found by a name cut to the name length.
-class IniModelParts : public TavClIniFile {
- public:
+struct IniModelParts : TavClIniFile {
   IniModelParts() : TavClIniFile(TavClFilename("tav-ini-test-unused.ini")) {}
   using TavClIniFile::getExistingSection;
 };
 
 TEST(IniModel, SectionParts) {
   IniModelParts model;
-  const std::string longName = std::string(80, 'L') + "tail";
-  EXPECT_TRUE(model.addSection(longName.c_str()));
-  TavClIniFileSection* section =
-      model.getExistingSection(longName.data(), longName.data() + longName.size());
+  const std::string name = std::string(80, 'L') + "tail";
+  EXPECT_TRUE(model.addSection(name.c_str()));
+  EXPECT_EQ(model.getExistingSection(name.data(), name.data() + 79), nullptr);
+  TavClIniFileSection* section = model.getExistingSection(name.data(), name.data() + name.size());
   ASSERT_NE(section, nullptr);
-  EXPECT_EQ(model.getExistingSection(longName.data(), longName.data() + 79), nullptr);
-  TavClIniFileOption* first = new TavClIniFileOption("a = 1");
+  auto* first = new TavClIniFileOption("a = 1");
   first->appendOption(new TavClIniFileOption("b", "2"));
   section->setFirstOption(first);
   section->appendOption(new TavClIniFileOption("c = 3"));
-  EXPECT_EQ(dumpModel(model), "[" + std::string(80, 'L') + "]a=1b=2c=3");
+  EXPECT_EQ(dumpModel(model), "[" + name.substr(0, 80) + "]a=1b=2c=3");
 }
 
 }  // namespace

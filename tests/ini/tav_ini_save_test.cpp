@@ -49,16 +49,14 @@ TEST_F(IniSave, WritesTheModelByteForByteWithItsDeliberateQuirks) {
   ASSERT_TRUE(model.deleteOption("S", "deleted"));
   ASSERT_TRUE(model.deleteSection("Gone"));
   ASSERT_TRUE(model.save());
-  const std::string once =
-      "\n[S]\na= 1\t; c\nsemi= \"x;y\"\ntab= \"1\\t2\"\nquote= \"say \"hi\";\"\nblank=  b "
-      "\n\n[T]\n";
-  EXPECT_EQ(read(name), once);
+  EXPECT_EQ(read(name),
+            "\n[S]\na= 1\t; c\nsemi= \"x;y\"\ntab= \"1\\t2\"\nquote= \"say \"hi\";\"\nblank=  b "
+            "\n\n[T]\n");
 
   // The plain format loses what its quirks drop: the empty value, the blanks, the inner quotes.
   TavClIniFile again{TavClFilename(name.c_str())};
   ASSERT_TRUE(again.load(false));
-  const std::string reread = "[S]a=1{c}semi=x;ytab=1\t2quote=say hi;blank=b[T]";
-  EXPECT_EQ(dumpModel(again), reread);
+  EXPECT_EQ(dumpModel(again), "[S]a=1{c}semi=x;ytab=1\t2quote=say hi;blank=b[T]");
 
   std::ofstream closed;
   EXPECT_FALSE(model.save(closed));
