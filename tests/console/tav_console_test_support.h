@@ -2,41 +2,24 @@
 // a console over them with its output and error streams caught in temporary files.
 //
 // Usage strings need line feeds, tabs, double quotes and vertical bars, which a table line cannot
-// hold as they are; the tables write them as \n, \t and \xHH. Texts are copied into heap blocks
-// of exactly their length plus the terminator, so a read past the end is a read outside the
-// block, where AddressSanitizer sees it.
+// hold as they are; the tables write them as \n, \t and \xHH (see tav_test_escapes.h). Texts are
+// copied into heap blocks of exactly their length plus the terminator, so a read past the end is
+// a read outside the block, where AddressSanitizer sees it.
 
 #ifndef TAV_CONSOLE_TEST_SUPPORT_H
 #define TAV_CONSOLE_TEST_SUPPORT_H
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "../ini/tav_test_escapes.h"
 #include "tav_console.h"
 
 namespace tav::test {
-
-inline std::string unescape(const std::string& field) {
-  std::string text;
-  for (size_t i = 0; i < field.size(); ++i) {
-    const char next = i + 1 < field.size() && field[i] == '\\' ? field[i + 1] : '\0';
-    if (next == 'x' && i + 3 < field.size()) {
-      text += static_cast<char>(std::strtol(field.substr(i + 2, 2).c_str(), nullptr, 16));
-      i += 3;
-    } else if (next == 'n' || next == 't') {
-      text += next == 'n' ? '\n' : '\t';
-      ++i;
-    } else {
-      text += field[i];
-    }
-  }
-  return text;
-}
 
 // A NUL-terminated copy in a block of exactly its size.
 inline std::unique_ptr<char[]> exactCopy(const std::string& text) {

@@ -5,7 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 
 #include "tav_filename.h"
@@ -20,26 +20,23 @@ using tav::test::dumpModel;
 class IniSave : public ::testing::Test {
  protected:
   void SetUp() override {
-    directory = fs::temp_directory_path() /
-                ("tav_ini_save_" + std::to_string(testing::UnitTest::GetInstance()->random_seed()) +
-                 "_" + testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::remove_all(directory);
+    fs::remove_all(directory);  // left by a run that crashed
     fs::create_directories(directory);
   }
   void TearDown() override { fs::remove_all(directory); }
-
   std::string path(const char* name) const { return (directory / name).string(); }
 
   // In text mode: the plain save writes through a text stream, which ends lines with CR LF on
   // Windows.
   static std::string read(const std::string& name) {
     std::ifstream in(name);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return std::string(std::istreambuf_iterator<char>(in), {});
   }
 
-  fs::path directory;
+  const fs::path directory =
+      fs::temp_directory_path() /
+      ("tav_ini_save_" + std::to_string(testing::UnitTest::GetInstance()->random_seed()) + "_" +
+       testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
 TEST_F(IniSave, WritesTheModelByteForByteWithItsDeliberateQuirks) {
@@ -52,16 +49,14 @@ TEST_F(IniSave, WritesTheModelByteForByteWithItsDeliberateQuirks) {
   ASSERT_TRUE(model.deleteOption("S", "deleted"));
   ASSERT_TRUE(model.deleteSection("Gone"));
   ASSERT_TRUE(model.save());
-  const std::string once =
-      "\n[S]\na= 1\t; c\nsemi= \"x;y\"\ntab= \"1\\t2\"\nquote= \"say \"hi\";\"\nblank=  b "
-      "\n\n[T]\n";
-  EXPECT_EQ(read(name), once);
+  EXPECT_EQ(read(name),
+            "\n[S]\na= 1\t; c\nsemi= \"x;y\"\ntab= \"1\\t2\"\nquote= \"say \"hi\";\"\nblank=  b "
+            "\n\n[T]\n");
 
   // The plain format loses what its quirks drop: the empty value, the blanks, the inner quotes.
   TavClIniFile again{TavClFilename(name.c_str())};
   ASSERT_TRUE(again.load(false));
-  const std::string reread = "[S]a=1{c}semi=x;ytab=1\t2quote=say hi;blank=b[T]";
-  EXPECT_EQ(dumpModel(again), reread);
+  EXPECT_EQ(dumpModel(again), "[S]a=1{c}semi=x;ytab=1\t2quote=say hi;blank=b[T]");
 
   std::ofstream closed;
   EXPECT_FALSE(model.save(closed));
@@ -71,16 +66,17 @@ TEST_F(IniSave, WritesTheModelByteForByteWithItsDeliberateQuirks) {
 }
 
 // What the atomic save writes loads back to the same model: values the plain format would
-// change, loaded files of every line kind, and values spread over continuation lines.
+// change, loaded text of every line kind, and values spread over continuation lines.
 TEST_F(IniSave, AtomicSaveRoundTripsEveryValueExactly) {
   const std::string name = path("exact.ini");
   TavClIniFileSave built{TavClFilename(name.c_str())};
-  built.addSection("S");
-  const char* const values[] = {
-      "",      " lead",   "trail ", "say \"hi\"", "it's",   "$(HOME)/bin", "x;y",
-      "\0017", "\x1b[0m", "\\x41",  "'q'",        "\t\r\n", "a\"b'c;d$(e"};
+  const std::string text =
+      "[S]\na = one ; note\nb = \"x;y\" ; after\nc = 'x'\nd = '\\t'\n[ Spaced ]\nmax size = 5\n"
+      "[S]\n[S]\nk = v\n[S]\na = abc\n   def ; continued\nz =\n";
+  ASSERT_TRUE(built.loadFromBuffer(text.data(), text.size(), '\n', true, true));
   int index = 0;
-  for (const char* value : values) {
+  for (const char* value : {"", " lead", "trail ", "say \"hi\"", "it's", "$(HOME)/bin", "x;y",
+                            "\0017", "\x1b[0m", "\\x41", "'q'", "\t\r\n", "a\"b'c;d$(e"}) {
     ASSERT_TRUE(built.addOption("S", ("v" + std::to_string(index++)).c_str(), value));
   }
   ASSERT_TRUE(built.addOption("S", "long", std::string(1024, '\x02').c_str()));
@@ -90,20 +86,6 @@ TEST_F(IniSave, AtomicSaveRoundTripsEveryValueExactly) {
   EXPECT_EQ(dumpModel(again), dumpModel(built));
   EXPECT_EQ(std::distance(fs::directory_iterator(directory), fs::directory_iterator()), 1)
       << "a temporary file was left beside the target";
-
-  for (const char* input :
-       {"[S]\na = one ; note\nb = \"x;y\" ; after\nc = 'x'\nd = '\\t'\n",
-        "[ Spaced ]\nmax size = 5\n[S]\n[S]\nk = v\n", "[S]\na = abc\n   def ; continued\nz =\n"}) {
-
-    SCOPED_TRACE(input);
-    TavClIniFileSave first{TavClFilename(name.c_str())};
-    ASSERT_TRUE(
-        first.loadFromBuffer(input, std::char_traits<char>::length(input), '\n', true, true));
-    ASSERT_TRUE(first.saveAtomic());
-    TavClIniFile second{TavClFilename(name.c_str())};
-    ASSERT_TRUE(second.load(true));
-    EXPECT_EQ(dumpModel(second), dumpModel(first));
-  }
 }
 
 // The old file stays as it was when the model cannot be written exactly, when the directory is

@@ -6,37 +6,15 @@
 #ifndef TAV_INI_TEST_SUPPORT_H
 #define TAV_INI_TEST_SUPPORT_H
 
-#include <stdlib.h>
-
 #include <gtest/gtest.h>
 
 #include <string>
-#include <vector>
 
 #include "tav_filename.h"
 #include "tav_ini.h"
+#include "tav_test_escapes.h"
 
 namespace tav::test {
-
-// Decodes \n, \r and \xHH; every other character stands for itself.
-inline std::string decodeEscapes(const std::string& text) {
-  std::string out;
-  for (size_t i = 0; i < text.size(); ++i) {
-    if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == 'n') {
-      out += '\n';
-      ++i;
-    } else if (text[i] == '\\' && i + 1 < text.size() && text[i + 1] == 'r') {
-      out += '\r';
-      ++i;
-    } else if (text[i] == '\\' && i + 3 < text.size() && text[i + 1] == 'x') {
-      out += static_cast<char>(strtol(text.substr(i + 2, 2).c_str(), nullptr, 16));
-      i += 3;
-    } else {
-      out += text[i];
-    }
-  }
-  return out;
-}
 
 inline std::string dumpModel(const TavClIniFile& file) {
   std::string out;
@@ -53,27 +31,23 @@ inline std::string dumpModel(const TavClIniFile& file) {
   return out;
 }
 
-// Collects the errors a load reports as "id@line", comma-separated.
-struct ErrorLog {
-  std::string text;
-  bool goOn = true;
-  static bool record(const _TavStError& error, unsigned int line, void* self) {
-    auto* log = static_cast<ErrorLog*>(self);
-    if (!log->text.empty()) log->text += ",";
-    log->text += std::to_string(error.id) + "@" + std::to_string(line);
-    EXPECT_EQ(error.errorClass, TAV_CLASS_USER_DATA_ERROR);
-    return log->goOn;
-  }
-};
-
-// A model over a file name that tests never create.
+// A model over a file name that tests never create. The errors a load reports collect in
+// `errors` as "id@line", comma-separated; the load goes on after an error while goOn is set.
 struct MemoryModel {
-  TavClFilename name{"tav-ini-test-unused.ini"};
-  TavClIniFile file{name};
-  ErrorLog log;
-  MemoryModel() { file.setErrorHandler(&ErrorLog::record, &log); }
-  bool load(const std::string& text, bool appendDuplicates = true, bool continuation = true) {
-    return file.loadFromBuffer(text.data(), text.size(), '\n', appendDuplicates, continuation);
+  TavClIniFile file{TavClFilename("tav-ini-test-unused.ini")};
+  std::string errors;
+  bool goOn = true;
+  MemoryModel() { file.setErrorHandler(&record, this); }
+  bool load(const std::string& text, bool appendDuplicates = true, bool continuation = true,
+            char delimiter = '\n') {
+    return file.loadFromBuffer(text.data(), text.size(), delimiter, appendDuplicates, continuation);
+  }
+  static bool record(const _TavStError& error, unsigned int line, void* self) {
+    auto* model = static_cast<MemoryModel*>(self);
+    EXPECT_EQ(error.errorClass, TAV_CLASS_USER_DATA_ERROR);
+    model->errors +=
+        (model->errors.empty() ? "" : ",") + std::to_string(error.id) + "@" + std::to_string(line);
+    return model->goOn;
   }
 };
 

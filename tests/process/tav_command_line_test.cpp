@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "../../src/process/tav_command_line.h"
+#include "../ini/tav_test_escapes.h"
+#include "tav_test_data.h"
 
 namespace {
 
@@ -34,54 +36,38 @@ std::vector<std::string> split(const std::string& line) {
 }
 
 TEST(CommandLineQuoting, WritesEachArgumentSoThatTheStandardSplittingGivesItBack) {
-  const std::vector<std::pair<std::string, std::string>> cases = {
-      // As written when there is no blank, tab or quote: backslashes stay as they are.
-      {"a", "a"},
-      // Quoted; a final backslash doubled before the closing quote.
-      {"b c", "\"b c\""},
-      {"C:\\my dir\\", "\"C:\\my dir\\\\\""},
-      // Quotes escaped, and the backslashes before them doubled.
-      {"x\" \"--force", "\"x\\\" \\\"--force\""},
-      {"a\\\"b", "\"a\\\\\\\"b\""},
-      // Empty arguments, tabs and line breaks are quoted too.
-      {"", "\"\""},
-      {"tab\there", "\"tab\there\""}};
   std::string all;
   std::vector<std::string> arguments;
-  for (const auto& [argument, written] : cases) {
-    SCOPED_TRACE(argument);
+  for (const auto& row : tav::test::readDataTable("process/quoting.txt", 2)) {
+    SCOPED_TRACE(row.where);
     std::string line;
-    tav::process::appendQuotedArgument(line, argument.c_str());
-    EXPECT_EQ(line, written);
-    tav::process::appendQuotedArgument(all, argument.c_str());
-    arguments.push_back(argument);
+    arguments.push_back(tav::test::unescape(row.str(0)));
+    tav::process::appendQuotedArgument(line, arguments.back().c_str());
+    EXPECT_EQ(line, tav::test::unescape(row.str(1)));
+    tav::process::appendQuotedArgument(all, arguments.back().c_str());
   }
   EXPECT_EQ(split(all), arguments);
   // Every argument of up to three characters from the characters that matter.
-  std::vector<std::string> combinations;
+  arguments.clear();
   all.clear();
   for (const char* first : {"", "a", " ", "\"", "\\", "\t"})
     for (const char* second : {"a", " ", "\"", "\\", "\t"})
       for (const char* third : {"", "a", " ", "\"", "\\"}) {
-        combinations.push_back(std::string(first) + second + third);
-        tav::process::appendQuotedArgument(all, combinations.back().c_str());
+        arguments.push_back(std::string(first) + second + third);
+        tav::process::appendQuotedArgument(all, arguments.back().c_str());
       }
-  EXPECT_EQ(split(all), combinations);
+  EXPECT_EQ(split(all), arguments);
 }
 
+// Batch files are refused when an argument would mean something else to the command
+// interpreter.
 TEST(BatchFileRule, RefusesWhatTheCommandInterpreterWouldReadAgain) {
-  for (const char* name : {"run.bat", "C:\\tools\\RUN.CMD", "x.Bat"}) {
-    EXPECT_TRUE(tav::process::isBatchFileName(name)) << name;
-  }
-  for (const char* name : {"dir.bat\\run.exe", "runbat", ""}) {
-    EXPECT_FALSE(tav::process::isBatchFileName(name)) << name;
-  }
-  for (const char* unsafe :
-       {"\"", "%PATH%", "!x!", "a^b", "a&calc", "a|b", "<in", ">out", "(x", "cr\r"}) {
-    EXPECT_TRUE(tav::process::isUnsafeBatchArgument(unsafe)) << unsafe;
-  }
-  for (const char* safe : {"", "two words", "C:\\dir\\", "a=b,c;d"}) {
-    EXPECT_FALSE(tav::process::isUnsafeBatchArgument(safe)) << safe;
+  for (const auto& row : tav::test::readDataTable("process/batch_rules.txt", 3)) {
+    SCOPED_TRACE(row.where);
+    const std::string text = tav::test::unescape(row.str(1));
+    EXPECT_EQ(row.str(0) == "batch" ? tav::process::isBatchFileName(text.c_str())
+                                    : tav::process::isUnsafeBatchArgument(text.c_str()),
+              row.flag(2));
   }
 }
 

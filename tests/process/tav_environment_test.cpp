@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 #include "tav_environment.h"
 #include "tav_test_allocator.h"
@@ -21,14 +22,12 @@ class EnvironmentVariable : public testing::Test {
 
 TEST_F(EnvironmentVariable, OnlyOnYesTrueAndOneInAnyCaseAreEnabled) {
   TavClEnvironmentVariable variable("TAV_TEST_SWITCH", nullptr);
-  EXPECT_FALSE(variable.hasValueEnabled());
-  for (const char* on : {"on", "Yes", "TRUE", "1"}) {
-    ASSERT_TRUE(variable.setNewValue(on));
-    EXPECT_TRUE(variable.hasValueEnabled()) << on;
-  }
-  for (const char* off : {"", "0", " 1", "1 ", "yess", "o"}) {
-    variable.setNewValue(off);
-    EXPECT_FALSE(variable.hasValueEnabled()) << "'" << off << "'";
+  const std::pair<const char*, bool> cases[] = {
+      {nullptr, false}, {"on", true},  {"Yes", true}, {"TRUE", true},  {"1", true}, {"", false},
+      {"0", false},     {" 1", false}, {"1 ", false}, {"yess", false}, {"o", false}};
+  for (const auto& [value, enabled] : cases) {
+    variable.setNewValue(value);
+    EXPECT_EQ(variable.hasValueEnabled(), enabled) << "'" << (value ? value : "<null>") << "'";
   }
 }
 

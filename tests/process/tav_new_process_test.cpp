@@ -12,11 +12,14 @@
 #include <iterator>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
+#include "../ini/tav_test_escapes.h"
 #include "tav_exefile.h"
 #include "tav_newprocess.h"
 #include "tav_process.h"
+#include "tav_test_data.h"
 #include "tav_test_environment.h"
 
 #if defined(_WIN32)
@@ -58,48 +61,58 @@ std::vector<std::string> readReport() {
   return items;
 }
 
-TEST(NewProcess, ArgumentsReachTheChildExactlyAsWritten) {
+// The command line is the program and the arguments quoted by the Windows rules, on every
+// platform. The child receives each argument exactly, and nothing open above standard error:
+// the test holds a descriptor (or handle) open that a careless launcher would pass on.
+TEST(NewProcess, ArgumentsReachTheChildExactlyAndNothingElseIsInherited) {
   VariableChange output("TAV_HELPER_OUTPUT", kOutput.c_str());
+#if defined(_WIN32)
+  SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+  HANDLE event = CreateEventA(&inheritable, TRUE, FALSE, nullptr);
+  VariableChange handle("TAV_HELPER_HANDLE",
+                        std::to_string(reinterpret_cast<uintptr_t>(event)).c_str());
+#else
+  // Opened without close-on-exec, one of them high.
+  int channel[2];
+  ASSERT_EQ(pipe(channel), 0);
+  ASSERT_EQ(dup2(channel[0], 700), 700);
+#endif
   TavClNewSyncProcess process(kHelper);
-  const std::vector<std::string> arguments = {
-      "a",         "b c",           "C:\\dir\\", "C:\\my dir\\",      "",
-      "tab\there", "x\" \"--force", "a\\\\\"b",  "\xC3\xA9t\xC3\xA9", "$HOME`id`;|&*"};
-  for (const std::string& argument : arguments) process.addArgument(argument.c_str());
+  std::vector<std::string> arguments;
+  std::string line = kHelper.getName();
+  for (const auto& row : tav::test::readDataTable("process/quoting.txt", 2)) {
+    arguments.push_back(tav::test::unescape(row.str(0)));
+    line += " " + tav::test::unescape(row.str(1));
+    process.addArgument(arguments.back().c_str());
+  }
   process.addArgument(static_cast<const char*>(nullptr));  // adds nothing, not even a blank
   process.addArgument(-5L);
   process.addArgument(4000000000UL);
-  EXPECT_EQ(process.getArgumentCount(), 13);
-  // The program first; only what needs quotes is quoted; the numbers last.
-  const std::string line = process.getCommandLine();
-  const std::string start =
-      std::string(kHelper.getName()) + " a \"b c\" C:\\dir\\ \"C:\\my dir\\\\\" \"\" \"tab\t";
-  EXPECT_EQ(line.compare(0, start.size(), start), 0) << line;
-  EXPECT_EQ(line.substr(line.size() - 14), " -5 4000000000") << line;
-  ASSERT_TRUE(process.launch()) << "system code " << process.getResult();
+  EXPECT_EQ(process.getArgumentCount(), static_cast<int>(arguments.size()) + 3);  // and argument 0
+  EXPECT_EQ(process.getCommandLine(), line + " -5 4000000000");
+  EXPECT_TRUE(process.launch()) << "system code " << process.getResult();
   EXPECT_EQ(process.getResult(), 0u);
-  std::vector<std::string> expected = arguments;
-  expected.insert(expected.end(), {"-5", "4000000000", "end"});
-  EXPECT_EQ(readReport(), expected);
+#if defined(_WIN32)
+  CloseHandle(event);
+#else
+  for (int descriptor : {channel[0], channel[1], 700}) close(descriptor);
+#endif
+  arguments.insert(arguments.end(), {"-5", "4000000000", "end"});
+  EXPECT_EQ(readReport(), arguments);
   fs::remove(kOutput);
 }
 
 TEST(NewProcess, SyncLaunchGivesTheExitCodeOr128PlusTheEndingSignal) {
-  struct Case {
-    const char* variable;
-    const char* value;
-    uint32_t result;
-  };
-  std::vector<Case> cases = {{"TAV_HELPER_EXIT", "0", 0}, {"TAV_HELPER_EXIT", "255", 255}};
-#if !defined(_WIN32)
-  cases.push_back({"TAV_HELPER_SIGNAL", "9", 128 + SIGKILL});
-#endif
-  for (const Case& c : cases) {
-    SCOPED_TRACE(std::string(c.variable) + "=" + c.value);
-    VariableChange ending(c.variable, c.value);
+  std::vector<std::tuple<const char*, const char*, uint32_t>> cases = {
+      {"TAV_HELPER_EXIT", "0", 0}, {"TAV_HELPER_EXIT", "255", 255}};
+  if (kPosix) cases.emplace_back("TAV_HELPER_SIGNAL", "9", 128 + 9);  // SIGKILL
+  for (const auto& [variable, value, result] : cases) {
+    SCOPED_TRACE(std::string(variable) + "=" + value);
+    VariableChange ending(variable, value);
     TavClNewSyncProcess process(kHelper);
     for (int launch = 0; launch < 2; ++launch) {  // a launcher can be launched again
       ASSERT_TRUE(process.launch());
-      EXPECT_EQ(process.getResult(), c.result);
+      EXPECT_EQ(process.getResult(), result);
       EXPECT_EQ(process.getError().id, NO_ERROR);
     }
   }
@@ -109,18 +122,16 @@ TEST(NewProcess, FailedStartKeepsTheSystemCodeAndPresetError) {
   // A file that cannot be run: no execute permission on POSIX, no program format on Windows.
   const std::string data = kOutput + (kPosix ? "" : ".exe");
   std::ofstream(data) << "not a program\n";
-  const std::vector<uint32_t> missing =
-      kPosix ? std::vector<uint32_t>{ENOENT} : std::vector<uint32_t>{2, 3};
-  const std::vector<uint32_t> refused =
-      kPosix ? std::vector<uint32_t>{EACCES} : std::vector<uint32_t>{11, 193, 216};
-  const std::pair<std::string, std::vector<uint32_t>> cases[] = {
-      {kOutput + "-missing" + (kPosix ? "" : ".exe"), missing}, {data, refused}};
+  using Codes = std::vector<uint32_t>;
+  const std::pair<std::string, Codes> cases[] = {
+      {kOutput + "-missing" + (kPosix ? "" : ".exe"), kPosix ? Codes{ENOENT} : Codes{2, 3}},
+      {data, kPosix ? Codes{EACCES} : Codes{11, 193, 216}}};
   for (const auto& [program, codes] : cases) {
     SCOPED_TRACE(program);
     TavClNewSyncProcess sync{TavClExeFile(program.c_str())};
     TavClNewAsyncProcess async{TavClExeFile(program.c_str())};
     for (TavClNewProcessABase* process :
-         {static_cast<TavClNewProcessABase*>(&sync), static_cast<TavClNewProcessABase*>(&async)}) {
+         std::initializer_list<TavClNewProcessABase*>{&sync, &async}) {
       EXPECT_FALSE(process->launch());
       EXPECT_EQ(process->getError().id, PROCESS_COULD_NOT_LAUNCH);
       EXPECT_NE(std::find(codes.begin(), codes.end(), process->getResult()), codes.end())
@@ -128,28 +139,6 @@ TEST(NewProcess, FailedStartKeepsTheSystemCodeAndPresetError) {
     }
   }
   fs::remove(data);
-}
-
-TEST(NewProcess, NothingAboveStandardErrorIsInherited) {
-  VariableChange output("TAV_HELPER_OUTPUT", kOutput.c_str());
-#if defined(_WIN32)
-  // An inheritable handle reaches the child only if the launcher let handles be inherited.
-  SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
-  HANDLE event = CreateEventA(&inheritable, TRUE, FALSE, nullptr);
-  VariableChange handle("TAV_HELPER_HANDLE",
-                        std::to_string(reinterpret_cast<uintptr_t>(event)).c_str());
-  EXPECT_TRUE(TavClNewSyncProcess(kHelper).launch());
-  CloseHandle(event);
-#else
-  // Descriptors opened without close-on-exec, as a careless caller would, one of them high.
-  int channel[2];
-  ASSERT_EQ(pipe(channel), 0);
-  ASSERT_EQ(dup2(channel[0], 700), 700);
-  EXPECT_TRUE(TavClNewSyncProcess(kHelper).launch());
-  for (int descriptor : {channel[0], channel[1], 700}) close(descriptor);
-#endif
-  EXPECT_EQ(readReport(), std::vector<std::string>{"end"});
-  fs::remove(kOutput);
 }
 
 TEST(NewProcess, AsyncLaunchGivesTheProgramsIdLeavesNoZombieAndCanBeKilled) {
