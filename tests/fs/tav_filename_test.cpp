@@ -51,7 +51,7 @@ TEST(FilenameParsing, PartsInBothStyles) {
   }
 }
 
-TEST(FilenameParsing, LongTextsAreCutAt260Characters) {
+TEST(FilenameParsing, TextsEditsAndLocationsStopAt260Characters) {
   const std::string text = std::string(255, 'd') + "/b.txt";  // 261 characters
   const TavClFilename name(text.c_str());
   EXPECT_EQ(name.getLength(), 260u);
@@ -62,6 +62,20 @@ TEST(FilenameParsing, LongTextsAreCutAt260Characters) {
   EXPECT_EQ(TavClFilename(huge.c_str(), 300).getLength(), 260u);
   EXPECT_STREQ(TavClFilename("ab", 50).getAsCString(), "ab");  // stops at the terminator
   EXPECT_STREQ(TavClFilename(nullptr).getAsCString(), "");
+  // No edit goes past 260 characters either.
+  const std::string directory = "C:\\" + std::string(250, 'd');  // 253 characters
+  TavClFilename edited(directory.c_str(), "name", "extension");
+  EXPECT_EQ(std::string(edited.getAsCString()), directory + "\\name.e");
+  edited.setNewPath(std::string(300, 'p').c_str());
+  // The path fills the buffer: neither separator nor name had room.
+  EXPECT_EQ(std::string(edited.getAsCString()), std::string(260, 'p'));
+  const TavClBakFilename cut(TavClFilename((directory + "\\abcd").c_str()));
+  EXPECT_EQ(std::string(cut.getAsCString()), directory + "\\abcd.B");
+  // Long locations keep 260 characters, without room for the separator.
+  const std::string location = "/" + std::string(300, 'x');
+  EXPECT_EQ(std::string(TavClLocation(location.c_str()).getAsCString()), location.substr(0, 260));
+  EXPECT_EQ(std::string(TavClLocation(location.c_str(), size_t{259}).getAsCString()),
+            location.substr(0, 259) + "/");
 }
 
 TEST(FilenameParsing, NormalisingChangesTheSeparatorsOfThePathPart) {
@@ -120,17 +134,6 @@ TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
   }
 }
 
-TEST(FilenameEditing, NoEditGoesPast260Characters) {
-  const std::string directory = "C:\\" + std::string(250, 'd');  // 253 characters
-  TavClFilename name(directory.c_str(), "name", "extension");
-  EXPECT_EQ(std::string(name.getAsCString()), directory + "\\name.e");
-  name.setNewPath(std::string(300, 'p').c_str());
-  // The path fills the buffer: neither separator nor name had room.
-  EXPECT_EQ(std::string(name.getAsCString()), std::string(260, 'p'));
-  const TavClBakFilename cut(TavClFilename((directory + "\\abcd").c_str()));
-  EXPECT_EQ(std::string(cut.getAsCString()), directory + "\\abcd.B");
-}
-
 // Each original lives on the heap and is gone before the copy is read: a part pointer left
 // pointing into it is a use after free under AddressSanitizer, and a wrong part everywhere.
 // Assigning a name to itself, or a part of its own text, keeps the text whole.
@@ -185,12 +188,6 @@ TEST(Location, EndsWithTheSeparatorOfItsStyle) {
               withNativeSeparator(row.str(3)));
   }
   EXPECT_TRUE(TavClLocation(tavGetTmpDirectory()).isExistent());
-
-  // Long texts keep 260 characters, without room for the separator.
-  const std::string text = "/" + std::string(300, 'x');
-  EXPECT_EQ(std::string(TavClLocation(text.c_str()).getAsCString()), text.substr(0, 260));
-  EXPECT_EQ(std::string(TavClLocation(text.c_str(), size_t{259}).getAsCString()),
-            text.substr(0, 259) + "/");
 }
 
 namespace fs = std::filesystem;
