@@ -85,10 +85,15 @@ std::string errorNames(const _TavStError& error) {
   return names;
 }
 
+// Runs fs/file_steps.txt: each step on new objects for its name, then the check of its outcome.
 TEST_F(Fs, FileAndDirectoryOperationsFollowTheirSteps) {
   for (const DataRow& row : readDataTable("fs/file_steps.txt", 4)) {
     SCOPED_TRACE(row.where);
     const std::string &step = row.str(0), &argument = row.str(2);
+    const std::string kSteps =
+        "|write|mkdir|link|read-only|copy|copy keeping read-only|copy into|remove|rename|"
+        "directory create|directory remove|directory remove tree|contents|entries|is read-only|";
+    ASSERT_NE(kSteps.find("|" + step + "|"), std::string::npos) << "no such step";
     TavClFile file(path(row.str(1)).c_str());
     TavClDirectory directory(path(row.str(1)).c_str());
     const _TavStError& error =
