@@ -63,14 +63,21 @@ TEST_F(Fs, AttributesOfAnExistingAndOfAMissingFile) {
   EXPECT_TRUE(!kNativeIsSlash || file(".profile").isHidden());
 }
 
-// Backslash-style names are the same in any letter case; the test needs no file for this.
-TEST_F(Fs, CopyOntoItselfIsRefused) {
+// Backslash-style names are the same in any letter case; the test needs no file for this. In
+// slash style another letter case is another name. Where the file system ignores case it is the
+// same file, and the copy through a temporary name still leaves it whole.
+TEST_F(Fs, CopyOntoItselfIsRefusedByTheNameAndHarmlessOtherwise) {
   for (const auto& [from, to] : {std::pair{"C:\\dir\\FILE.TXT", "c:\\Dir\\file.txt"},
                                  std::pair{"/dir/File.txt", "/dir/File.txt"}}) {
     TavClFile self(from);
     EXPECT_FALSE(self.copyTo(TavClFilename(to), false));
     expectError(self.getLastError(), FILE_COULD_NOT_COPY_SELF, TAV_CLASS_INCONSISTENT_SITUATION);
   }
+  scratch.writeFile("dir/source.txt", "contents");
+  const CurrentDirectoryChange change(scratch.text());
+  ASSERT_TRUE(TavClFile("dir/source.txt").copyTo(TavClFilename("dir/Source.txt"), false));
+  EXPECT_EQ(scratch.readFile("dir/source.txt"), "contents");
+  EXPECT_EQ(scratch.readFile("dir/Source.txt"), "contents");
 }
 
 // The names of an error record's id and class, as the step table writes them.
