@@ -99,15 +99,6 @@ TEST_F(MemoryManager, CallocZeroFillsAndRefusesAnOverflowingProduct) {
   EXPECT_EQ(tav::test::allocationRequests(), requestsBefore) << "the allocator was called";
 }
 
-// new and delete of a managed object go through the installed allocator: each failure reaches
-// the caller, and the sweep's leak check sees the release.
-TEST_F(MemoryManager, ManagedObjectsAllocateThroughTheInstalledAllocator) {
-  struct Node : TavClMemoryManagedObject {
-    int value = 0;
-  };
-  tav::test::forEachAllocationFailure([] { delete new Node; });
-}
-
 // The default allocator is a stub around malloc, so a fresh process counts as having a user
 // allocator, and its failures read MEMMGR_USER_OUT_OF_MEMORY. Checked in a fresh child.
 TEST(MemoryManagerDefaults, DefaultAllocatorCountsAsUserDefined) {
