@@ -90,20 +90,6 @@ TEST(ExeFile, NameWithDirectoryIsKeptAndSearchedOnlyWhenTheSwitchIsOn) {
 // The library's own file, which every test program can load.
 const char* const kLibraryFile = TAV_TEST_LIBRARY_FILE;
 
-TEST(DllFile, LoadsOnConstructionAndFindsEntryPoints) {
-  TavClDllProcLoaderFile library(kLibraryFile);
-  ASSERT_TRUE(library.isLoaded()) << library.getLoadFailureText();
-  expectNoError(library.getLastError());
-  EXPECT_EQ(library.getProcedure("tavDllProcLoaderOpen"),
-            reinterpret_cast<void*>(&tavDllProcLoaderOpen));
-  EXPECT_EQ(library.getProcedure("tav_no_such_entry_point"), nullptr);
-  // A bare name: Windows finds the file and names it in full; POSIX leaves that to dlopen.
-  TavClDllProcLoaderFile system(kNativeIsSlash ? "libc.so.6" : "kernel32");
-  ASSERT_TRUE(system.isLoaded()) << system.getLoadFailureText();
-  EXPECT_EQ(system.isFoundInSystemPath(), !kNativeIsSlash);
-  EXPECT_NE(system.getProcedure(kNativeIsSlash ? "getpid" : "GetCurrentProcessId"), nullptr);
-}
-
 TEST(DllFile, FailedLoadRecordsTheSystemCodeAsResourceMissing) {
   ScratchDirectory scratch;
   scratch.writeFile(std::string("data") + TavClDllFile::getDefaultFileType(), "not a library");
@@ -121,7 +107,10 @@ TEST(DllFile, FailedLoadRecordsTheSystemCodeAsResourceMissing) {
   }
 }
 
-TEST(DllProcLoader, CFunctionsOpenLookUpAndCloseWithoutLeaks) {
+// The C functions, one smoke test for them all, reach the library's own file; a bare name
+// reaches a system library: Windows finds the file and names it in full, POSIX leaves that to
+// dlopen.
+TEST(DllFile, LoadsFindsEntryPointsAndClosesWithoutLeaks) {
   installCountingAllocator();
   const size_t before = liveBlocks();
   EXPECT_EQ(tavDllProcLoaderOpen("tav-no-such-library"), nullptr);
@@ -130,9 +119,17 @@ TEST(DllProcLoader, CFunctionsOpenLookUpAndCloseWithoutLeaks) {
   ASSERT_NE(handle, nullptr);
   EXPECT_EQ(tavDllProcLoaderGetProcedure(handle, "tavDllProcLoaderClose"),
             reinterpret_cast<void*>(&tavDllProcLoaderClose));
+  EXPECT_EQ(tavDllProcLoaderGetProcedure(handle, "tav_no_such_entry_point"), nullptr);
   tavDllProcLoaderClose(handle);
   tavDllProcLoaderClose(nullptr);
+  EXPECT_EQ(tavDllProcLoaderGetProcedure(nullptr, "tavDllProcLoaderClose"), nullptr);
   EXPECT_EQ(liveBlocks(), before);
+
+  TavClDllProcLoaderFile system(kNativeIsSlash ? "libc.so.6" : "kernel32");
+  ASSERT_TRUE(system.isLoaded()) << system.getLoadFailureText();
+  expectNoError(system.getLastError());
+  EXPECT_EQ(system.isFoundInSystemPath(), !kNativeIsSlash);
+  EXPECT_NE(system.getProcedure(kNativeIsSlash ? "getpid" : "GetCurrentProcessId"), nullptr);
 }
 
 }  // namespace
