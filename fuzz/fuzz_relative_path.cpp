@@ -15,7 +15,7 @@
 #include <string>
 
 #include "../src/fs/tav_relative_path.h"
-#include "../tests/fs/tav_relative_path_reference.h"
+#include "tav_relative_path_reference.h"
 #include "fuzz_input.h"
 #include "tav_file.h"
 

@@ -32,46 +32,39 @@ TEST(BitArray, SizeAndSingleBits) {
 }
 
 TEST(BitArray, EqualityNeedsSameSizeAndBitsAndCopiesAreIndependent) {
-  TavClBitArray a(12), b(12), shorter(4), longer(400);
-  b.setBit(11);
+  TavClBitArray a(30), b(30), shorter(4), longer(400);
+  b.setBit(29);
   EXPECT_TRUE(a != b);
-  a.setBit(11);
+  a.setBit(29);
   EXPECT_TRUE(a == b);
   // Different sizes compare unequal, and neither side is read past its own bytes.
   EXPECT_FALSE(shorter == longer);
-
-  TavClBitArray original(30);
-  original.setBit(3);
-  original.setBit(29);
-  TavClBitArray copy(original);
+  a.setBit(3);
+  TavClBitArray copy(a), assigned(1000);
   copy.clearBit(3);
-  EXPECT_TRUE(original.isBitSet(3));
-  TavClBitArray assigned(1000);
-  assigned = original;
+  assigned = a;
   TavClBitArray& alias = assigned;
   assigned = alias;
-  EXPECT_TRUE(assigned == original && copy != original);
+  EXPECT_TRUE(a.isBitSet(3) && assigned == a && copy != a);
 }
 
+// Every allocation of construction, assignment and reading fails in turn.
 TEST(BitArray, AllocationFailuresLeakNothingAndLeaveTheTargetWhole) {
-  tav::test::installCountingAllocator();  // before the blocks of source and target
+  tav::test::installCountingAllocator();  // before the block of the source
   TavClBitArray source(100);
   source.setBit(42);
-  TavClBitArray target(5);
-  target.setBit(4);
   tav::test::forEachAllocationFailure([&] {
+    TavClBitArray target(5);
+    target.setBit(4);
     try {
       target = source;
     } catch (const TavClExceptionFatal&) {
       EXPECT_TRUE(target.getBitCount() == 5 && target.isBitSet(4));
       throw;
     }
-  });
-  EXPECT_TRUE(target == source);
-  tav::test::forEachAllocationFailure([&] {
+    EXPECT_TRUE(target == source);
     std::istringstream stream(std::string(13, '\xff'));
-    TavClBitArray restored(100);
-    restored.read(stream);
+    target.read(stream);
   });
 }
 

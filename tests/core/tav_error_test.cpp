@@ -10,8 +10,8 @@
 
 namespace {
 
-// Every error id, class, severity and action has a message of its own, from 47 to 149 and 200; values
-// outside the tables have none.
+// Every error id, class, severity and action has a message of its own, from 47 to 149 and 200;
+// values outside the tables have none.
 TEST(ErrorMessageIds, OneMessageForEachCoordinateAndNoneOutsideTheTables) {
   std::set<unsigned long> messages;
 #define TAV_ADD_ID(name, value, message) messages.insert(tavErrorGetIdAsMessageId(value));

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "../../src/core/tav_os_status.h"
 #include "tav_test_data.h"
@@ -27,27 +28,21 @@ void expectStatus(const tav::os::OsStatus& status, int32_t code, const std::stri
 }
 
 TEST(OsStatus, ErrnoValuesMapToTheFailuresCallersTellApart) {
-  const struct {
-    const char* name;
-    int code;
-    const char* expected;
-  } rows[] = {
-      {"0", 0, "none"},
-      {"ENOENT", ENOENT, "notFound"},
-      {"ENOTDIR", ENOTDIR, "notFound"},
-      {"EACCES", EACCES, "accessDenied"},
-      {"EPERM", EPERM, "accessDenied"},
-      {"EEXIST", EEXIST, "alreadyExists"},
-      {"EISDIR", EISDIR, "isDirectory"},
-      {"ENOTEMPTY", ENOTEMPTY, "notEmpty"},
-      {"ENOSPC", ENOSPC, "diskFull"},
-      {"ENOMEM", ENOMEM, "outOfMemory"},
-      {"ENAMETOOLONG", ENAMETOOLONG, "invalidName"},
-      {"EIO", EIO, "failed"},
-  };
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.name);
-    expectStatus(tav::os::statusFromErrno(row.code), row.code, row.expected);
+  const std::pair<int, const char*> rows[] = {{0, "none"},
+                                              {ENOENT, "notFound"},
+                                              {ENOTDIR, "notFound"},
+                                              {EACCES, "accessDenied"},
+                                              {EPERM, "accessDenied"},
+                                              {EEXIST, "alreadyExists"},
+                                              {EISDIR, "isDirectory"},
+                                              {ENOTEMPTY, "notEmpty"},
+                                              {ENOSPC, "diskFull"},
+                                              {ENOMEM, "outOfMemory"},
+                                              {ENAMETOOLONG, "invalidName"},
+                                              {EIO, "failed"}};
+  for (const auto& [code, expected] : rows) {
+    SCOPED_TRACE(code);
+    expectStatus(tav::os::statusFromErrno(code), code, expected);
   }
 }
 

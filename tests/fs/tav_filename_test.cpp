@@ -19,8 +19,6 @@
 #include "tav_test_data.h"
 #include "tav_test_environment.h"
 
-extern "C" int tavFsCApiCheck(void);
-
 namespace {
 
 using namespace tav::test;
@@ -53,7 +51,7 @@ TEST(FilenameParsing, PartsInBothStyles) {
   }
 }
 
-TEST(FilenameParsing, LongTextsAreCutAt260Characters) {
+TEST(FilenameParsing, TextsEditsAndLocationsStopAt260Characters) {
   const std::string text = std::string(255, 'd') + "/b.txt";  // 261 characters
   const TavClFilename name(text.c_str());
   EXPECT_EQ(name.getLength(), 260u);
@@ -64,6 +62,20 @@ TEST(FilenameParsing, LongTextsAreCutAt260Characters) {
   EXPECT_EQ(TavClFilename(huge.c_str(), 300).getLength(), 260u);
   EXPECT_STREQ(TavClFilename("ab", 50).getAsCString(), "ab");  // stops at the terminator
   EXPECT_STREQ(TavClFilename(nullptr).getAsCString(), "");
+  // No edit goes past 260 characters either.
+  const std::string directory = "C:\\" + std::string(250, 'd');  // 253 characters
+  TavClFilename edited(directory.c_str(), "name", "extension");
+  EXPECT_EQ(std::string(edited.getAsCString()), directory + "\\name.e");
+  edited.setNewPath(std::string(300, 'p').c_str());
+  // The path fills the buffer: neither separator nor name had room.
+  EXPECT_EQ(std::string(edited.getAsCString()), std::string(260, 'p'));
+  const TavClBakFilename cut(TavClFilename((directory + "\\abcd").c_str()));
+  EXPECT_EQ(std::string(cut.getAsCString()), directory + "\\abcd.B");
+  // Long locations keep 260 characters, without room for the separator.
+  const std::string location = "/" + std::string(300, 'x');
+  EXPECT_EQ(std::string(TavClLocation(location.c_str()).getAsCString()), location.substr(0, 260));
+  EXPECT_EQ(std::string(TavClLocation(location.c_str(), size_t{259}).getAsCString()),
+            location.substr(0, 259) + "/");
 }
 
 TEST(FilenameParsing, NormalisingChangesTheSeparatorsOfThePathPart) {
@@ -122,33 +134,19 @@ TEST(FilenameEditing, EachEditorReplacesOnlyItsPart) {
   }
 }
 
-TEST(FilenameEditing, NoEditGoesPast260Characters) {
-  const std::string directory = "C:\\" + std::string(250, 'd');  // 253 characters
-  TavClFilename name(directory.c_str(), "name", "extension");
-  EXPECT_EQ(std::string(name.getAsCString()), directory + "\\name.e");
-  name.setNewPath(std::string(300, 'p').c_str());
-  // The path fills the buffer: neither separator nor name had room.
-  EXPECT_EQ(std::string(name.getAsCString()), std::string(260, 'p'));
-  const TavClBakFilename cut(TavClFilename((directory + "\\abcd").c_str()));
-  EXPECT_EQ(std::string(cut.getAsCString()), directory + "\\abcd.B");
-}
-
-// The original lives on the heap and is gone before the copy is read: a part pointer left
+// Each original lives on the heap and is gone before the copy is read: a part pointer left
 // pointing into it is a use after free under AddressSanitizer, and a wrong part everywhere.
+// Assigning a name to itself, or a part of its own text, keeps the text whole.
 TEST(FilenameCopies, EveryPartPointerFollowsTheCopy) {
   auto original = std::make_unique<TavClFilename>("\\\\srv\\share\\dir\\file.txt");
   const TavClFilename copied(*original);
-  TavClFilename assigned;
+  TavClFilename assigned, fromBackup;
   assigned = *original;
-  const TavClBakFilename backup(*original);
-  TavClFilename fromBackup;
-  fromBackup = backup;
+  fromBackup = TavClBakFilename(*original);
   original.reset();
-  // Assigning a name to itself keeps it.
   const TavClFilename& alias = assigned;
   assigned = alias;
   assigned = static_cast<const TavClFilenameABase&>(alias);
-
   for (const TavClFilename* name : {&copied, static_cast<const TavClFilename*>(&assigned)}) {
     EXPECT_EQ(extracted(*name, 0), "\\\\srv\\share");
     EXPECT_EQ(extracted(*name, 1), "\\\\srv\\share\\dir");
@@ -156,6 +154,18 @@ TEST(FilenameCopies, EveryPartPointerFollowsTheCopy) {
   }
   EXPECT_STREQ(fromBackup.getAsCString(), "\\\\srv\\share\\dir\\file.txt.BAK");
   EXPECT_STREQ(fromBackup.getExtension(), ".txt.BAK");
+
+  auto location = std::make_unique<TavClLocation>("\\\\srv\\share\\dir");
+  const TavClLocation copiedLocation(*location);
+  TavClLocation assignedLocation("/elsewhere");
+  assignedLocation = *location;
+  location.reset();
+  EXPECT_STREQ(copiedLocation.getPathStart(), "\\dir\\");
+  const TavClLocation& locationAlias = assignedLocation;
+  assignedLocation = locationAlias;
+  EXPECT_STREQ(assignedLocation.getAsCString(), "\\\\srv\\share\\dir\\");
+  assignedLocation = assignedLocation.getAsCString() + 11;  // a part of itself
+  EXPECT_STREQ(assignedLocation.getAsCString(), "\\dir\\");
 }
 
 // The expected text of a table row, with the platform's separator put in.
@@ -178,63 +188,41 @@ TEST(Location, EndsWithTheSeparatorOfItsStyle) {
               withNativeSeparator(row.str(3)));
   }
   EXPECT_TRUE(TavClLocation(tavGetTmpDirectory()).isExistent());
-
-  // Long texts keep 260 characters, without room for the separator.
-  const std::string text = "/" + std::string(300, 'x');
-  EXPECT_EQ(std::string(TavClLocation(text.c_str()).getAsCString()), text.substr(0, 260));
-  EXPECT_EQ(std::string(TavClLocation(text.c_str(), size_t{259}).getAsCString()),
-            text.substr(0, 259) + "/");
-}
-
-TEST(Location, CopiesAndAssignmentsPointIntoTheirOwnBuffer) {
-  auto original = std::make_unique<TavClLocation>("\\\\srv\\share\\dir");
-  const TavClLocation copied(*original);
-  TavClLocation assigned("/elsewhere");
-  assigned = *original;
-  original.reset();
-  EXPECT_STREQ(assigned.getPathStart(), "\\dir\\");
-
-  const TavClLocation& alias = assigned;
-  assigned = alias;
-  EXPECT_STREQ(assigned.getAsCString(), "\\\\srv\\share\\dir\\");
-  assigned = assigned.getAsCString() + 11;  // a part of itself
-  EXPECT_STREQ(assigned.getAsCString(), "\\dir\\");
 }
 
 namespace fs = std::filesystem;
-
-void setVariable(const char* name, const char* value) { TavClEnvironmentVariable(name, value); }
 
 // Puts back the variables that choose the temporary directory, and gives each test a scratch
 // directory of its own.
 class TemporaryNames : public testing::Test {
  protected:
-  const tav::test::VariableChange tmp{"TMP"}, temp{"TEMP"}, tmpdir{"TMPDIR"};
+  static void set(const char* name, const char* value) { TavClEnvironmentVariable(name, value); }
+  const VariableChange tmp{"TMP"}, temp{"TEMP"}, tmpdir{"TMPDIR"};
   const ScratchDirectory scratch;
   const std::string scratchText = scratch.text();
 };
 
+// TMP comes first and empty counts as unset; POSIX asks TMPDIR as well, Windows never does.
 TEST_F(TemporaryNames, DirectoryAndNewNamesMadeOfPrefixRandomCharactersAndProcessDigits) {
-  setVariable("TMP", "/from/tmp");
-  setVariable("TEMP", "/from/temp");
-  setVariable("TMPDIR", "/from/tmpdir");
+  set("TMP", "/from/tmp");
+  set("TEMP", "/from/temp");
+  set("TMPDIR", "/from/tmpdir");
   EXPECT_STREQ(tavGetTmpDirectory(), "/from/tmp");
-  setVariable("TMP", "");  // empty counts as unset
-  setVariable("TEMP", nullptr);
-  // POSIX asks TMPDIR as well; Windows never does.
+  set("TMP", "");
+  set("TEMP", nullptr);
   EXPECT_STREQ(tavGetTmpDirectory(), kNativeIsSlash ? "/from/tmpdir" : "C:\\");
-  setVariable("TMPDIR", nullptr);
+  set("TMPDIR", nullptr);
   EXPECT_STREQ(tavGetTmpDirectory(), kNativeIsSlash ? "/tmp/" : "C:\\");
-  EXPECT_EQ(tavFsCApiCheck(), 1);  // the C part of the header compiles as C
 
   // A name is the prefix, random characters and the process id's last three digits, units
-  // first; names are distinct and never those of existing files.
+  // first.
   std::string digits = std::to_string(1000 + TavClProcessProperty().getId() % 1000).substr(1);
   std::reverse(digits.begin(), digits.end());
   const TavClLocation directory(scratchText.c_str());
-  const std::pair<const char*, std::string> cases[] = {
-      {"ABCDEFGH", "ABCDE"}, {"ab", "ab"}, {"", ""}, {nullptr, "TMP"}};
-  for (const auto& [prefix, expected] : cases) {
+  for (const auto& [prefix, expected] : {std::pair<const char*, std::string>{"ABCDEFGH", "ABCDE"},
+                                         {"ab", "ab"},
+                                         {"", ""},
+                                         {nullptr, "TMP"}}) {
     SCOPED_TRACE(expected);
     const TavClTmpFilename name(directory, prefix);
     EXPECT_TRUE(name.matchesPath(TavClFilename(scratch.path("x").c_str())));
@@ -245,22 +233,19 @@ TEST_F(TemporaryNames, DirectoryAndNewNamesMadeOfPrefixRandomCharactersAndProces
               std::string::npos);
     EXPECT_EQ(std::string(name.getExtension()), "." + digits);
   }
-
   // Three random characters leave 68921 names, so among a few hundred draws some repeat: the
   // existence test must then move on. Each name is taken by creating its file.
   std::set<std::string> names;
   for (int i = 0; i < 300; ++i) {
     const TavClTmpFilename name(directory, "ABCDE");
-    ASSERT_FALSE(name.isExistent());
-    ASSERT_TRUE(names.insert(name.getAsCString()).second) << name.getAsCString();
+    ASSERT_TRUE(!name.isExistent() && names.insert(name.getAsCString()).second)
+        << name.getAsCString();
     std::ofstream(name.getAsCString()).put('x');
   }
-
-  // The default directory is the temporary one, and a file name gives its own.
-  setVariable("TMP", nullptr);
-  setVariable("TEMP", scratchText.c_str());
-  const TavClTmpFilename name;
-  EXPECT_EQ(fs::path(TavClLocation(name).getAsCString()), fs::path(scratchText));
+  // The default directory is the temporary one.
+  set("TMP", nullptr);
+  set("TEMP", scratchText.c_str());
+  EXPECT_EQ(fs::path(TavClLocation(TavClTmpFilename()).getAsCString()), fs::path(scratchText));
 }
 
 // A directory of 260 characters leaves no room for a name, so every attempt tests the

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <utility>
 
 #include "tav_error.h"
 #include "tav_filename.h"
@@ -29,12 +30,9 @@ inline const bool kNativeIsSlash = TavClPathProperty::getNativeStyle() == TAV_PA
 inline const char kNativeSeparator = kNativeIsSlash ? '/' : '\\';
 
 inline void expectError(const _TavStError& error, uint32_t id, TavEnErrorClass errorClass) {
-  EXPECT_EQ(error.id, id);
-  EXPECT_EQ(error.errorClass, errorClass);
+  EXPECT_EQ(std::make_pair(error.id, error.errorClass), std::make_pair(id, errorClass));
 }
-inline void expectNoError(const _TavStError& error) {
-  EXPECT_EQ(error.id, static_cast<uint32_t>(NO_ERROR));
-}
+inline void expectNoError(const _TavStError& error) { EXPECT_EQ(error.id, 0u); }
 
 struct ScratchDirectory {
   ScratchDirectory() {

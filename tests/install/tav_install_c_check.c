@@ -5,6 +5,7 @@
  * built with. */
 #include "tav_dump.h"
 #include "tav_error.h"
+#include "tav_exefile.h"
 #include "tav_file.h"
 #include "tav_filename.h"
 #include "tav_memmgr.h"

@@ -1,6 +1,6 @@
 // tav_relative_path_reference.h - the relative-path expansion written the plain way, with
 // std::string, one component at a time, to check the library's in-place version against.
-// Shared by the unit test and the fuzz target.
+// The fuzz target compares the library with it on arbitrary texts.
 
 #ifndef TAV_RELATIVE_PATH_REFERENCE_H
 #define TAV_RELATIVE_PATH_REFERENCE_H
