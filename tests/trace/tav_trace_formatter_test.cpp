@@ -23,33 +23,8 @@ using tav::test::readTable;
 using tav::test::readTestData;
 using tav::test::TestTraceEnvironment;
 
-// A record of time stamp 1000, written as the library writes it.
-struct Record {
-  TavEnTraceDataType type = TAV_TRACE_TYPE_NO_DATA;
-  std::string origin = "fn";
-  std::string data;
-  TavEnTraceDetail detail = TAV_TRACE_DETAIL_LOW;
-  std::string message = "msg";
-  uint8_t componentId = 1;
-  uint32_t processId = 42;
-  uint32_t threadId = 7;
-  int64_t claimedSize = -1;  // the size field when it is to differ from the data written
-};
-
-std::string bytesOf(const std::vector<Record>& records) {
-  std::string bytes;
-  for (const Record& record : records) {
-    bytes += static_cast<char>(record.type | record.detail << 6);
-    bytes += static_cast<char>(record.componentId);
-    bytes += static_cast<char>(record.message.size());
-    bytes += static_cast<char>(record.origin.size());
-    bytes += littleEndian(1000, 4) + littleEndian(record.processId, 4) +
-             littleEndian(record.threadId, 4) +
-             littleEndian(record.claimedSize >= 0 ? record.claimedSize : record.data.size(), 4);
-    bytes += record.message + record.origin + record.data;
-  }
-  return bytes;
-}
+using Record = tav::test::HandRecord;
+using tav::test::bytesOf;
 
 // What the formatter writes from bytes (or, without them, from the environment's file), and
 // then, if it fails, "!<id> <module> <line>".
@@ -99,8 +74,8 @@ std::string formatBytes(const std::string& bytes, const char* format,
 }
 
 TEST(TraceFormatter, Directives) {
-  const Record data{TAV_TRACE_TYPE_UINT32, "fn",  littleEndian(305419896, 4),
-                    TAV_TRACE_DETAIL_MED,  "msg", 5};
+  const Record data{TAV_TRACE_TYPE_UINT32, "fn", littleEndian(305419896, 4), "msg", 1000, 7,
+                    TAV_TRACE_DETAIL_MED,  5};
   for (const auto& row : readTable("formatter_directives.txt", 2)) {
     SCOPED_TRACE(row.where);
     EXPECT_EQ(formatBytes(bytesOf({data}), row.fields.at(0).c_str(), "indent=> "),

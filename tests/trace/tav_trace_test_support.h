@@ -49,6 +49,23 @@ std::string littleEndian(uint64_t value, unsigned width);
 // The bytes of a record as the buffer stores them: header, texts and data.
 std::string recordBytes(const TavClTraceEntry& entry);
 
+// A record written byte by byte as the library writes it, with a fixed time stamp and ids
+// unless a test names others, so that what the formatters make of it is the same on every host.
+struct HandRecord {
+  TavEnTraceDataType type = TAV_TRACE_TYPE_NO_DATA;
+  std::string origin = "fn";
+  std::string data = "";
+  std::string message = "msg";
+  uint32_t timeStamp = 1000;
+  uint32_t threadId = 7;
+  TavEnTraceDetail detail = TAV_TRACE_DETAIL_LOW;
+  uint8_t componentId = 1;
+  uint32_t processId = 42;
+  int64_t claimedSize = -1;  // the size field when it is to differ from the data written
+};
+
+std::string bytesOf(const std::vector<HandRecord>& records);
+
 struct RecordRead {
   TavEnTraceDataType type;
   TavEnTraceDetail detail;
