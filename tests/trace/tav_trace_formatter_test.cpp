@@ -148,39 +148,24 @@ TEST(TraceFormatter, DamagedFiles) {
 }
 
 // The environment's trace file: records the library wrote, enough of them that reading goes
-// through several buffer fills, then a record cut inside its data; and files that cannot be
-// opened.
+// through several buffer fills. (The trace controller's tests show it cut short or unreadable.)
 TEST(TraceFormatterFile, FormatsRecordsWrittenByTheLibrary) {
   TestTraceEnvironment environment(true);
   environment.fileName = tav::test::scratchFileName("formatter");
   const int32_t value = -5;
-  const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_HIGH, 3, TAV_TRACE_TYPE_INT32,
-                              "Session::restart", "counter", &value, sizeof(value));
-  std::string bytes;
-  std::string expected;
+  const std::string record = tav::test::recordBytes(
+      TavClTraceEntry(environment, TAV_TRACE_DETAIL_HIGH, 3, TAV_TRACE_TYPE_INT32,
+                      "Session::restart", "counter", &value, sizeof(value)));
+  std::string bytes, expected;
   for (int i = 0; i < 2000; ++i) {
-    bytes += tav::test::recordBytes(entry);
+    bytes += record;
     expected += "Session::restart counter HIGH 3 -5\n";
   }
   std::ofstream(environment.fileName, std::ios::binary) << bytes;
   TavClTraceFormatter formatter(environment);
   formatter.setFormatString("%f %m %l %c %d");
-  const std::string output = formatted(formatter);
-  EXPECT_TRUE(output == expected);  // too long to print
-  const std::string cut = bytesOf({{TAV_TRACE_TYPE_DATA, "fn", std::string(64, 'z')}});
-  std::ofstream(environment.fileName, std::ios::binary | std::ios::app)
-      << cut.substr(0, cut.size() - 10);
-  const std::string failed = formatted(formatter);
-  EXPECT_EQ(failed.substr(failed.rfind('!')), failure(TRACEFORMAT_UNEXPECTED_EOF, 644));
+  EXPECT_TRUE(formatted(formatter) == expected);  // too long to print
   std::filesystem::remove(environment.fileName);
-
-  for (const std::string& name : {tav::test::scratchFileName("formatter_missing"),
-                                  std::filesystem::temp_directory_path().string()}) {
-    SCOPED_TRACE(name);
-    environment.fileName = name;
-    TavClTraceFormatter cannotOpen(environment);
-    EXPECT_EQ(formatted(cannotOpen), failure(TRACEFORMAT_COULD_NOT_OPEN, 837));
-  }
 }
 
 }  // namespace
