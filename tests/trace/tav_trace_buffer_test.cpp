@@ -1,8 +1,8 @@
 // The trace ring buffer and the file writer behind it: wrapping at the end with hand-outs of at
-// most two pieces, flushing, taking over memory that already holds a ring, corrupt or too small
-// memory, and files that cannot be opened or fill up part way. Every hand-out is recorded, so a
-// test can check that the pieces put together are exactly the records written, and that a
-// file, whatever failed, holds only the whole records no failure touched.
+// most two pieces, flushing, corrupt or too small memory, a lock whose holder died, and files that
+// cannot be opened or fill up part way. Every hand-out is recorded, so a test can check that the
+// pieces put together are exactly the records written, and that a file, whatever failed, holds only
+// the whole records no failure touched.
 
 #include <gtest/gtest.h>
 
@@ -154,20 +154,6 @@ TEST(TraceBuffer, HandOutsOfScriptedWritesAndFlushes) {
     EXPECT_EQ(control.writePosition - control.firstOffset, static_cast<uint64_t>(row.number(3)));
     EXPECT_EQ(ring.manager.getPendingSize(), 0u);
   }
-}
-
-TEST(TraceBuffer, MemoryThatHoldsARingIsTakenOverWithItsContents) {
-  Ring ring(100, false);
-  const std::string earlier = ring.write(30);
-  TavClTraceBufferManager second(ring.environment, ring.memory.data(), 148);
-  EXPECT_EQ(second.getAttachCheck(), TAV_TRACE_RING_VALID);
-  second.setOverflowCallback(&Ring::handOut, &ring);
-  const TavClTraceEntry entry(ring.environment, TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_NO_DATA, "",
-                              "later", "", 0);
-  second.write(entry);
-  second.flush();
-  EXPECT_EQ(ring.handedOut, earlier + recordBytes(entry));
-  EXPECT_EQ(ring.manager.getPendingSize(), 0u);  // the flush moved the mark for both
 }
 
 // Each row spoils one field of a valid ring's control block. The check gives its reason, a
