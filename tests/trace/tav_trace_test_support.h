@@ -23,12 +23,11 @@ class TestTraceEnvironment : public TavClTraceEnvironmentABase {
   bool isCompressionEnabled() const override { return compress; }
   uint64_t getBufferSize() const override { return bufferSize; }
   const char* getTraceFileName() const override { return fileName.c_str(); }
-  bool isVerbose() const override { return verbose; }
+  bool isVerbose() const override { return false; }
 
   bool compress;
   uint64_t bufferSize;
   std::string fileName;
-  bool verbose = false;
 };
 
 // A file name in the temporary directory that no other test uses; the file is removed first.
