@@ -77,9 +77,8 @@ Written writeJson(const std::string& bytes) {
 
 // What is wrong with a document as a timeline, or "": every event has a phase B, E or i, a
 // time later than the event before, and process and thread ids; per thread, every E closes the
-// latest open B (of its name, unless namesPair is off: viewers ignore the names, and damaged
-// traces need not pair them), and nothing is left open.
-std::string timelineProblem(const std::string& json, bool namesPair = true) {
+// latest open B of its name (where it has one), and nothing is left open.
+std::string timelineProblem(const std::string& json) {
   JsonValue document;
   std::string error;
   if (!JsonParser::parse(json, &document, &error)) return "not JSON: " + error;
@@ -98,7 +97,7 @@ std::string timelineProblem(const std::string& json, bool namesPair = true) {
       stack.push_back(name->text);
     } else if (phase->text == "E") {
       if (stack.empty()) return "end without begin";
-      if (namesPair && name != nullptr && name->text != stack.back()) return "end of " + name->text;
+      if (name != nullptr && name->text != stack.back()) return "end of " + name->text;
       stack.pop_back();
     } else if (phase->text != "i") {
       return "unknown phase " + phase->text;
@@ -148,8 +147,8 @@ TEST(TraceJson, StringsEscapeEveryByteJsonForbids) {
   EXPECT_EQ(json, "\"\xC3\xA4\xF0\x9F\x98\x80\"");
 }
 
-// A damaged file raises the formatter's failure after a document that is still valid JSON;
-// random damage to the demo trace gives valid JSON every time.
+// A damaged file raises the formatter's failure after a document that is still valid JSON.
+// Random damage is left to the formatter's fuzz target, which checks the JSON as strictly.
 TEST(TraceJson, DamagedFilesGiveValidJsonAndTheFormattersFailures) {
   const std::string small = leveledBytesOf(kSmallTrace);
   const std::pair<std::string, uint32_t> rows[] = {
@@ -160,21 +159,6 @@ TEST(TraceJson, DamagedFilesGiveValidJsonAndTheFormattersFailures) {
     const Written written = writeJson(row.first);
     EXPECT_EQ(written.error, row.second);
     EXPECT_TRUE(JsonParser::parse(written.json, nullptr)) << written.json;
-  }
-  const std::string demo = readTestData("demo.trc");
-  uint32_t seed = 99;
-  for (int round = 0; round < 200; ++round) {
-    std::string bytes = demo.substr(0, static_cast<size_t>(round * 53) % (demo.size() + 1));
-    for (int flip = 0; flip < round % 9 && !bytes.empty(); ++flip) {
-      seed = seed * 1103515245u + 12345u;
-      bytes[seed % bytes.size()] = static_cast<char>(seed >> 16);
-    }
-    SCOPED_TRACE(round);
-    const Written written = writeJson(bytes);
-    EXPECT_TRUE(written.error == 0 || written.error == TRACEFORMAT_UNEXPECTED_EOF ||
-                written.error == TRACEFORMAT_FILE_CORRUPTED);
-    EXPECT_TRUE(written.error != 0 ? JsonParser::parse(written.json, nullptr)
-                                   : timelineProblem(written.json, false).empty());
   }
 }
 
