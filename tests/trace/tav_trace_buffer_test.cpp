@@ -69,18 +69,17 @@ class Ring {
   void installCallback() { manager.setOverflowCallback(&Ring::handOut, this); }
 
   // Writes a record of size bytes, 20 of header, then message and data split evenly (data
-  // beyond the capacity is clipped); gives its bytes.
-  std::string write(size_t size, char fill = 'r') {
+  // beyond the capacity is clipped).
+  void write(size_t size, char fill = 'r') {
     const size_t textAndData = size - TavClTraceEntry::kHeaderSize;
     const std::string message(textAndData / 2, fill);
     const std::string data(textAndData - message.size(), static_cast<char>(fill + 1));
     const TavClTraceEntry entry(environment, TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_DATA, "",
                                 message.c_str(), data.data(), data.size());
     manager.write(entry);
-    const std::string bytes = recordBytes(entry);
-    spans.push_back({written.size(), written.size() + bytes.size()});
-    written += bytes;
-    return bytes;
+    const uint64_t begin = written.size();
+    written += recordBytes(entry);
+    spans.push_back({begin, written.size()});
   }
 
   // The records that no failed hand-out touched: what the file must hold.
