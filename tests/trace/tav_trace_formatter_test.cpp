@@ -1,7 +1,7 @@
 // The trace formatter: the directives, the display of every data type, the filter and the
 // display switches, damaged files, and the environment's own trace file. Records are written
 // byte by byte with fixed time stamps and ids, so that the expected texts are the same on every
-// host; the tables and the demo program's trace are under tests/data/trace.
+// host; the tables are under tests/data/trace.
 
 #include <gtest/gtest.h>
 
@@ -18,13 +18,11 @@
 
 namespace {
 
+using tav::test::bytesOf;
 using tav::test::littleEndian;
 using tav::test::readTable;
-using tav::test::readTestData;
 using tav::test::TestTraceEnvironment;
-
 using Record = tav::test::HandRecord;
-using tav::test::bytesOf;
 
 // What the formatter writes from bytes (or, without them, from the environment's file), and
 // then, if it fails, "!<id> <module> <line>".
