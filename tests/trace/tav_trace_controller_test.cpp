@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <tuple>
@@ -86,6 +87,7 @@ TEST_F(TraceController, EveryFailureHasItsMessageAndExitCode) {
   std::ofstream(cut, std::ios::binary) << demo.substr(0, demo.size() - 2);  // inside a level
   const std::string text = std::string(TAV_TRACE_TEST_DATA) + "/demo_default.txt";
   const std::string noDirectory = missing + "/sub/x.trc";
+  const std::string directory = std::filesystem::temp_directory_path().string();
   variables.set("_TRACE_FILE", missing.c_str());
   const std::tuple<std::vector<std::string>, int, std::string> rows[] = {
       {{"-file", missing, "-display"}, 1, "Specified trace file not found: " + missing},
@@ -94,6 +96,9 @@ TEST_F(TraceController, EveryFailureHasItsMessageAndExitCode) {
        3,
        "Trace file could not be identified; specified key may be invalid: tavdemo"},
       {{"-file", noDirectory, "-init"}, 4, "Could not initialize trace: " + noDirectory},
+      {{"-file", directory, "-display"},
+       5,
+       "Could not open trace file for read access: " + directory},
       {{"-file", cut, "-display"}, 6, "Trace file corrupted: unexpected end-of-file: " + cut},
       {{"-file", text, "-display"}, 7, "Trace file corrupted: invalid data found: " + text},
       {{"-format", ""}, 204, "Invalid value specified: -format"},

@@ -1,7 +1,8 @@
 // The trace ring in shared memory and the flight recorder: programs started as children trace
 // numbered records into a shared ring, one of them killed at a random point, and the trace
 // controller's dump action saves what the ring still holds. Also: two processes tracing into
-// one ring, a second dump adding nothing, and mappings that are not a ring refused.
+// one ring, a second dump adding nothing, a hand-out cut short by death, and mappings that are
+// not a ring refused.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,7 +12,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <random>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <utility>
@@ -22,7 +25,6 @@
 #include "tav_file.h"
 #include "tav_filename.h"
 #include "tav_process.h"
-#include "tav_report_capture.h"
 #include "tav_test_environment.h"
 #include "tav_test_self_child.h"
 #include "tav_trace.h"
@@ -42,13 +44,10 @@ std::string traceKey = kKeyStem + std::to_string(TavClProcessProperty().getId())
 constexpr char kRoleVariable[] = "TAV_TRACE_TEST_TRACER";
 constexpr uint16_t kComponent = 7;
 
-// What a tracing child does after its last record.
-enum class Then : char { kExit = 'x', kWait = 'w' };
-
-// The role's text: "<key>|<progress file>|<tag><then>|<records, 0 for no end>".
-std::string tracerRole(const std::string& progressFile, char tag, uint32_t records, Then then) {
-  return traceKey + "|" + progressFile + "|" + tag + static_cast<char>(then) + "|" +
-         std::to_string(records);
+// The role's text: "<key>|<progress file>|<tag>|<records, 0 for no end>|<w to wait at the end>".
+std::string tracerRole(const std::string& progressFile, char tag, uint32_t records, bool wait) {
+  return traceKey + "|" + progressFile + "|" + tag + "|" + std::to_string(records) + "|" +
+         (wait ? "w" : "x");
 }
 
 // The progress file: the number of the last record whose trace call returned, and the signal
@@ -69,15 +68,12 @@ std::string lockNameOf(const std::string& path) {
 const bool tracesAsChild = [] {
   const char* role = std::getenv(kRoleVariable);
   if (role == nullptr) return false;
-  const std::string text = role;
-  const size_t keyBar = text.find('|');
-  traceKey = text.substr(0, keyBar);
-  const size_t firstBar = text.find('|', keyBar + 1);
-  const std::string progressFile = text.substr(keyBar + 1, firstBar - keyBar - 1);
-  const char tag[2] = {text[firstBar + 1], '\0'};
-  const Then then = static_cast<Then>(text[firstBar + 2]);
-  const auto records =
-      static_cast<uint32_t>(std::strtoul(text.c_str() + firstBar + 4, nullptr, 10));
+  std::istringstream fields(role);
+  std::string progressFile, tag, records, then;
+  for (std::string* field : {&traceKey, &progressFile, &tag, &records, &then}) {
+    std::getline(fields, *field, '|');
+  }
+  const auto last = static_cast<uint32_t>(std::stoul(records));
   SharedRingMapping progress;
   if (progress.attach(progressFile.c_str(), lockNameOf(progressFile).c_str()) !=
       SharedRingMapping::Status::kOk) {
@@ -93,14 +89,13 @@ const bool tracesAsChild = [] {
     if (late()) std::_Exit(5);
     std::this_thread::yield();
   }
-  for (uint32_t number = 1; records == 0 || number <= records; ++number) {
-    if (records == 0 && number % 1024 == 0 && late()) std::_Exit(5);
-    tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", tag, &number,
-                 sizeof number);
+  for (uint32_t number = 1; last == 0 || number <= last; ++number) {
+    if (last == 0 && number % 1024 == 0 && late()) std::_Exit(5);
+    tavTraceDump(TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32, "child", tag.c_str(),
+                 &number, sizeof number);
     shared.done.store(number, std::memory_order_release);
   }
-  while (then == Then::kWait && !late())
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  while (then == "w" && !late()) std::this_thread::sleep_for(std::chrono::milliseconds(100));
   tavTraceDeleteInstance();
   std::_Exit(0);
 }();
@@ -138,30 +133,35 @@ class FlightRecorder : public testing::Test {
   uint64_t recordsDone() const { return shared().done.load(std::memory_order_acquire); }
   void letChildrenGo() const { shared().go.store(1, std::memory_order_release); }
 
-  // Waits until the children have traced records between them.
-  bool waitForRecords(uint64_t records) const {
+  // Waits until the children have traced records between them, or for 30 seconds.
+  void waitForRecords(uint64_t records) const {
     for (int waited = 0; recordsDone() < records && waited < 30000; waited += 1) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    return recordsDone() >= records;
   }
 
-  // The numbers of the tag's records in the trace file, in file order; checks that the file
-  // holds whole records only up to *wholeUntil bytes.
-  std::vector<uint32_t> numbersIn(char tag, bool* endsOnRecord) const {
+  uint32_t startTracer(char tag, uint32_t records, bool wait) const {
+    return tav::test::startSelfChild(kRoleVariable,
+                                     tracerRole(progressFile, tag, records, wait).c_str());
+  }
+
+  // How many of the tag's records the trace file holds, checking that they are numbered 1, 2,
+  // 3, ... without a gap, as one process traces them; and whether the file ends on a record.
+  size_t recordsIn(char tag, bool* endsOnRecord) const {
     tav::test::TestTraceEnvironment environment(true, 4096 - 48);
-    std::vector<uint32_t> numbers;
+    uint32_t count = 0;
     for (const tav::test::RecordRead& record :
          tav::test::readRecords(environment, tav::test::readFileBytes(traceFile), endsOnRecord)) {
       if (record.message != std::string(1, tag)) continue;
       EXPECT_EQ(record.type, TAV_TRACE_TYPE_UINT32);
       EXPECT_EQ(record.componentId, kComponent);
       EXPECT_EQ(record.origin, "child");
-      uint32_t number = 0;
-      if (record.data.size() == sizeof number) std::memcpy(&number, record.data.data(), 4);
-      numbers.push_back(number);
+      if (record.data != tav::test::littleEndian(++count, 4)) {
+        ADD_FAILURE() << "record " << count << " is not the next in order";
+        break;
+      }
     }
-    return numbers;
+    return count;
   }
 
   ScopedTraceVariables variables{"TAVFLIGHT" + traceKey.substr(kKeyStem.size())};
@@ -169,59 +169,47 @@ class FlightRecorder : public testing::Test {
   const std::string traceFile = tav::test::scratchFileName("flight");
   const std::string progressFile = tav::test::scratchFileName("flight-progress");
   SharedRingMapping progress;
+  bool endsOnRecord = false;
 };
-
-// Numbers 1, 2, 3, ... without a gap, as one process traces them.
-void expectCountingFromOne(const std::vector<uint32_t>& numbers) {
-  for (size_t i = 0; i < numbers.size(); ++i) {
-    ASSERT_EQ(numbers[i], i + 1) << "record " << i << " of " << numbers.size();
-  }
-}
 
 TEST_F(FlightRecorder, AProgramKilledWhileTracingLosesNoFinishedRecord) {
   std::mt19937 random{std::random_device{}()};
   const uint64_t killAfter = std::uniform_int_distribution<uint64_t>(50, 5000)(random);
   SCOPED_TRACE("killed after record " + std::to_string(killAfter));
-  const uint32_t child = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'k', 0, Then::kWait).c_str());
+  const uint32_t child = startTracer('k', 0, true);
   ASSERT_NE(child, 0u);
   letChildrenGo();
   waitForRecords(killAfter);
   ASSERT_TRUE(tav::test::killChild(child));
   const uint64_t done = recordsDone();
   ASSERT_GE(done, killAfter) << "the child did not trace in time";
+  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: YES"));
 
   const ToolRun dump = runTool({"-dump"});
   EXPECT_EQ(dump.code, 0) << dump.err;
-  bool endsOnRecord = false;
-  const std::vector<uint32_t> numbers = numbersIn('k', &endsOnRecord);
   // The record under way when the child died may be there as well, or a part of it.
-  EXPECT_GE(numbers.size(), done);
-  EXPECT_LE(numbers.size(), done + 1);
-  expectCountingFromOne(numbers);
+  const size_t saved = recordsIn('k', &endsOnRecord);
+  EXPECT_GE(saved, done);
+  EXPECT_LE(saved, done + 1);
 
   // What is saved is saved once.
-  const std::string saved = tav::test::readFileBytes(traceFile);
+  const std::string bytes = tav::test::readFileBytes(traceFile);
   EXPECT_EQ(runTool({"-dump"}).code, 0);
-  EXPECT_EQ(tav::test::readFileBytes(traceFile), saved);
+  EXPECT_EQ(tav::test::readFileBytes(traceFile), bytes);
 }
 
 TEST_F(FlightRecorder, TwoProcessesTraceIntoOneRing) {
   constexpr uint32_t kRecords = 3000;
-  const uint32_t first = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'a', kRecords, Then::kExit).c_str());
-  const uint32_t second = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'b', kRecords, Then::kExit).c_str());
-  ASSERT_NE(first, 0u);
-  ASSERT_NE(second, 0u);
+  const uint32_t children[] = {startTracer('a', kRecords, false),
+                               startTracer('b', kRecords, false)};
   // Both are ready before either starts, so that their records meet in the ring.
   std::this_thread::sleep_for(std::chrono::milliseconds(200));
   letChildrenGo();
-  int exitCode = -1;
-  ASSERT_TRUE(tav::test::waitForChildExit(first, 60000, &exitCode));
-  EXPECT_EQ(exitCode, 0);
-  ASSERT_TRUE(tav::test::waitForChildExit(second, 60000, &exitCode));
-  EXPECT_EQ(exitCode, 0);
+  for (const uint32_t child : children) {
+    int exitCode = -1;
+    ASSERT_TRUE(child != 0 && tav::test::waitForChildExit(child, 60000, &exitCode));
+    EXPECT_EQ(exitCode, 0);
+  }
 
   // Both wrote their last records out when they ended: the dump finds nothing left.
   const std::string written = tav::test::readFileBytes(traceFile);
@@ -229,40 +217,8 @@ TEST_F(FlightRecorder, TwoProcessesTraceIntoOneRing) {
   EXPECT_EQ(tav::test::readFileBytes(traceFile), written);
   for (const char tag : {'a', 'b'}) {
     SCOPED_TRACE(std::string("tag ") + tag);
-    bool endsOnRecord = false;
-    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
+    EXPECT_EQ(recordsIn(tag, &endsOnRecord), kRecords);
     EXPECT_TRUE(endsOnRecord);
-    EXPECT_EQ(numbers.size(), kRecords);
-    expectCountingFromOne(numbers);
-  }
-}
-
-TEST_F(FlightRecorder, RecordsOfProcessesThatDiedBeforeAnyHandOutAreAllSaved) {
-  // Fewer records than the ring holds: neither child ever wrote to the trace file.
-  constexpr uint32_t kRecords = 40;
-  const uint32_t first = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'c', kRecords, Then::kWait).c_str());
-  ASSERT_NE(first, 0u);
-  letChildrenGo();
-  ASSERT_TRUE(waitForRecords(kRecords));
-  const uint32_t second = tav::test::startSelfChild(
-      kRoleVariable, tracerRole(progressFile, 'd', kRecords * 2, Then::kWait).c_str());
-  ASSERT_NE(second, 0u);
-  ASSERT_TRUE(waitForRecords(kRecords * 2));
-  ASSERT_TRUE(tav::test::killChild(first));
-  ASSERT_TRUE(tav::test::killChild(second));
-  EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
-
-  const ToolRun dump = runTool({"-dump"});
-  EXPECT_EQ(dump.code, 0) << dump.err;
-  for (const auto& [tag, records] :
-       {std::pair<char, uint32_t>{'c', kRecords}, {'d', kRecords * 2}}) {
-    SCOPED_TRACE(std::string("tag ") + tag);
-    bool endsOnRecord = false;
-    const std::vector<uint32_t> numbers = numbersIn(tag, &endsOnRecord);
-    EXPECT_TRUE(endsOnRecord);
-    EXPECT_EQ(numbers.size(), records);
-    expectCountingFromOne(numbers);
   }
 }
 
@@ -285,38 +241,12 @@ TEST_F(FlightRecorder, AHandOutCutShortByDeathIsWrittenAgainInFull) {
       nameHash = (nameHash ^ static_cast<unsigned char>(c)) * 1099511628211u;
     const uint64_t journal[3] = {control.handOutMark, 0, nameHash};
     std::memcpy(ring.getJournal(), journal, sizeof journal);
-    FILE* file = std::fopen(traceFile.c_str(), "wb");
-    ASSERT_NE(file, nullptr);
-    std::fwrite(ring.getRingMemory() + control.handOutMark, 1, 30, file);
-    std::fclose(file);
+    std::ofstream(traceFile, std::ios::binary)
+        .write(reinterpret_cast<const char*>(ring.getRingMemory() + control.handOutMark), 30);
   }  // the program's final flush is the next hand-out, and finds the journal
   EXPECT_EQ(runTool({"-dump"}).code, 0);
-  bool endsOnRecord = false;
-  const std::vector<uint32_t> numbers = numbersIn('j', &endsOnRecord);
+  EXPECT_EQ(recordsIn('j', &endsOnRecord), 5u);
   EXPECT_TRUE(endsOnRecord);
-  EXPECT_EQ(numbers.size(), 5u);
-  expectCountingFromOne(numbers);
-}
-
-TEST_F(FlightRecorder, TheSharedRingShowsInTheVerboseReportAndTheStatus) {
-  variables.set("_TRACE_VERBOSE", "on");
-  tav::test::ReportCapture capture;
-  {
-    TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
-    EXPECT_TRUE(program.usesSharedMemory());
-    EXPECT_EQ(program.getSharedRingProblem(), nullptr);
-    EXPECT_STREQ(program.getSharedRingFileName(), ringFile.c_str());
-  }
-  EXPECT_THAT(capture.take(), HasSubstr("[TAV: TRACE: sharedMemory: on]\n"));
-  variables.set("_TRACE_VERBOSE", nullptr);
-  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: YES"));
-
-  // Without the variable the same ring file is left alone.
-  variables.set("_TRACE_SHARED", nullptr);
-  EXPECT_THAT(runTool({}).out, testing::ContainsRegex("Trace uses shared memory *: NO"));
-  TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
-  EXPECT_FALSE(program.usesSharedMemory());
-  EXPECT_EQ(program.getSharedRingFileName(), nullptr);
 }
 
 // Which field of the control block is spoilt the ring's own check tells (the buffer tests try
@@ -329,7 +259,10 @@ TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
               SharedRingMapping::Status::kOk);
     const uint64_t writePosition = 7;  // inside the control block
     std::memcpy(ring.getRingMemory() + 40, &writePosition, sizeof writePosition);
-    const std::string before(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize());
+    const auto ringBytes = [&ring] {
+      return std::string(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize());
+    };
+    const std::string before = ringBytes();
 
     const ToolRun dump = runTool({"-dump"});
     EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
@@ -338,8 +271,7 @@ TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
         HasSubstr(std::string("Shared trace buffer refused: ") +
                   TavClTraceBufferManager::describeRingCheck(TAV_TRACE_RING_BAD_WRITE_POSITION) +
                   " (" + ringFile + ")"));
-    EXPECT_EQ(std::string(reinterpret_cast<char*>(ring.getRingMemory()), ring.getRingSize()),
-              before);
+    EXPECT_EQ(ringBytes(), before);
     EXPECT_FALSE(TavClFile(traceFile.c_str()).isExistent());
 
     TavClTraceEnvironment program(traceKey.c_str(), nullptr, false);
@@ -350,11 +282,7 @@ TEST_F(FlightRecorder, AMappingThatIsNoRingIsRefusedAndLeftAsItIs) {
 
   // A file with no room for a ring behind the lock area.
   SharedRingMapping::removeFile(ringFile.c_str());
-  FILE* file = std::fopen(ringFile.c_str(), "wb");
-  ASSERT_NE(file, nullptr);
-  const std::string lockArea(SharedRingMapping::kLockAreaSize, '\0');
-  std::fwrite(lockArea.data(), 1, lockArea.size(), file);
-  std::fclose(file);
+  std::ofstream(ringFile, std::ios::binary) << std::string(SharedRingMapping::kLockAreaSize, '\0');
   const ToolRun dump = runTool({"-dump"});
   EXPECT_EQ(dump.code, TavClTraceController::kExitSharedRingRefused);
   EXPECT_THAT(dump.err, HasSubstr("the memory is too small for a trace ring"));
@@ -374,8 +302,7 @@ TEST_F(FlightRecorder, AProgramTracesIntoPrivateMemoryWhenTheRingCannotBeMapped)
     program.add(TavClTraceEntry(program, TAV_TRACE_DETAIL_LOW, kComponent, TAV_TRACE_TYPE_UINT32,
                                 "child", "p", &number, sizeof number));
   }
-  bool endsOnRecord = false;
-  EXPECT_EQ(numbersIn('p', &endsOnRecord), std::vector<uint32_t>{1});
+  EXPECT_EQ(recordsIn('p', &endsOnRecord), 1u);
 }
 
 TEST_F(FlightRecorder, WithoutARingFileTheDumpSavesNothing) {

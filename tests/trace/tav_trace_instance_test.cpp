@@ -44,6 +44,16 @@ std::string bytesOf(const Value& value) {
   return std::string(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
+constexpr auto kEntry = TAV_TRACE_TYPE_FUNCTION_ENTRY;
+constexpr auto kExit = TAV_TRACE_TYPE_FUNCTION_EXIT;
+constexpr auto kInt32 = TAV_TRACE_TYPE_INT32;
+
+// A record as a trace call leaves it, time stamp and ids cleared.
+RecordRead traced(TavEnTraceDataType type, TavEnTraceDetail detail, uint16_t componentId,
+                  const char* message, const char* origin, const std::string& data) {
+  return {type, detail, componentId, 0, 0, 0, message, origin, data};
+}
+
 // Later creations return the first instance, which, inactive, is enabled only after activation.
 TEST_F(TraceInstance, TheFirstInstanceIsEnabledOnlyWhenActive) {
   ScopedTraceVariables variables("TIFIRST");
@@ -79,13 +89,13 @@ TEST_F(TraceInstance, RecordsPassTheDetailAndComponentFilters) {
     uint16_t componentId;
     TavEnTraceDataType type;
     const char* message;
-  } calls[] = {{TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_FUNCTION_ENTRY, "ignored"},
-               {TAV_TRACE_DETAIL_MED, 5, TAV_TRACE_TYPE_FUNCTION_ENTRY, nullptr},
-               {TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_INT32, "kept"},
-               {TAV_TRACE_DETAIL_LOW, 6, TAV_TRACE_TYPE_INT32, "other component"},
-               {TAV_TRACE_DETAIL_MED, 5, TAV_TRACE_TYPE_INT32, "too detailed"},
-               {TAV_TRACE_DETAIL_LOW, 0, TAV_TRACE_TYPE_INT32, "component 0"},
-               {TAV_TRACE_DETAIL_LOW, 5, TAV_TRACE_TYPE_FUNCTION_EXIT, nullptr}};
+  } calls[] = {{TAV_TRACE_DETAIL_LOW, 5, kEntry, "ignored"},
+               {TAV_TRACE_DETAIL_MED, 5, kEntry, nullptr},
+               {TAV_TRACE_DETAIL_LOW, 5, kInt32, "kept"},
+               {TAV_TRACE_DETAIL_LOW, 6, kInt32, "other component"},
+               {TAV_TRACE_DETAIL_MED, 5, kInt32, "too detailed"},
+               {TAV_TRACE_DETAIL_LOW, 0, kInt32, "component 0"},
+               {TAV_TRACE_DETAIL_LOW, 5, kExit, nullptr}};
   for (const auto& call : calls) {
     tavTraceDump(call.detail, call.componentId, call.type, "outer", call.message, &value,
                  sizeof value);
@@ -95,22 +105,19 @@ TEST_F(TraceInstance, RecordsPassTheDetailAndComponentFilters) {
 
   // The exit's level counts the filtered entry too.
   EXPECT_EQ(recordsOf(file),
-            (std::vector<RecordRead>{{TAV_TRACE_TYPE_FUNCTION_ENTRY, TAV_TRACE_DETAIL_OFF, 5, 0, 0,
-                                      0, "", "outer", littleEndian(1, 4)},
-                                     {TAV_TRACE_TYPE_INT32, TAV_TRACE_DETAIL_LOW, 5, 0, 0, 0,
-                                      "kept", "outer", bytesOf(value)},
-                                     {TAV_TRACE_TYPE_INT32, TAV_TRACE_DETAIL_LOW, 0, 0, 0, 0,
-                                      "component 0", "outer", bytesOf(value)},
-                                     {TAV_TRACE_TYPE_FUNCTION_EXIT, TAV_TRACE_DETAIL_OFF, 5, 0, 0,
-                                      0, "", "outer", littleEndian(1, 4)}}));
+            (std::vector<RecordRead>{
+                traced(kEntry, TAV_TRACE_DETAIL_OFF, 5, "", "outer", littleEndian(1, 4)),
+                traced(kInt32, TAV_TRACE_DETAIL_LOW, 5, "kept", "outer", bytesOf(value)),
+                traced(kInt32, TAV_TRACE_DETAIL_LOW, 0, "component 0", "outer", bytesOf(value)),
+                traced(kExit, TAV_TRACE_DETAIL_OFF, 5, "", "outer", littleEndian(1, 4))}));
 }
 
 // Collects what the trace functions pass to a program's own back end, as records.
 void collect(void* context, TavEnTraceDetail detail, uint16_t componentId, TavEnTraceDataType type,
              const char* origin, const char* message, const void* data, uint64_t size) {
   static_cast<std::vector<RecordRead>*>(context)->push_back(
-      {type, detail, componentId, 0, 0, 0, message, origin,
-       data != nullptr ? std::string(static_cast<const char*>(data), size) : ""});
+      traced(type, detail, componentId, message, origin,
+             data != nullptr ? std::string(static_cast<const char*>(data), size) : ""));
 }
 
 TEST_F(TraceInstance, UserCallbackReceivesDataAndFunctionRecords) {
@@ -128,17 +135,16 @@ TEST_F(TraceInstance, UserCallbackReceivesDataAndFunctionRecords) {
   // Function records carry the nesting level; an exit without entry wraps round.
   tavTraceDump(TAV_TRACE_DETAIL_HIGH, 9, TAV_TRACE_TYPE_DOUBLE, "f", "number", &number,
                sizeof number);
-  tavTraceDump(TAV_TRACE_DETAIL_LOW, 9, TAV_TRACE_TYPE_FUNCTION_EXIT, "f", "m", &number, 8);
-  tavTraceDump(TAV_TRACE_DETAIL_HIGH, 9, TAV_TRACE_TYPE_FUNCTION_ENTRY, "g", "m", &number, 8);
-  tavTraceDump(TAV_TRACE_DETAIL_LOW, 9, TAV_TRACE_TYPE_FUNCTION_ENTRY, "h", "m", &number, 8);
-  EXPECT_EQ(calls, (std::vector<RecordRead>{{TAV_TRACE_TYPE_DOUBLE, TAV_TRACE_DETAIL_HIGH, 9, 0, 0,
-                                             0, "number", "f", bytesOf(number)},
-                                            {TAV_TRACE_TYPE_FUNCTION_EXIT, TAV_TRACE_DETAIL_OFF, 9,
-                                             0, 0, 0, "", "f", littleEndian(0xFFFFFFFF, 4)},
-                                            {TAV_TRACE_TYPE_FUNCTION_ENTRY, TAV_TRACE_DETAIL_HIGH,
-                                             9, 0, 0, 0, "", "g", littleEndian(0, 4)},
-                                            {TAV_TRACE_TYPE_FUNCTION_ENTRY, TAV_TRACE_DETAIL_OFF, 9,
-                                             0, 0, 0, "", "h", littleEndian(1, 4)}}));
+  tavTraceDump(TAV_TRACE_DETAIL_LOW, 9, kExit, "f", "m", &number, 8);
+  tavTraceDump(TAV_TRACE_DETAIL_HIGH, 9, kEntry, "g", "m", &number, 8);
+  tavTraceDump(TAV_TRACE_DETAIL_LOW, 9, kEntry, "h", "m", &number, 8);
+  EXPECT_EQ(
+      calls,
+      (std::vector<RecordRead>{
+          traced(TAV_TRACE_TYPE_DOUBLE, TAV_TRACE_DETAIL_HIGH, 9, "number", "f", bytesOf(number)),
+          traced(kExit, TAV_TRACE_DETAIL_OFF, 9, "", "f", littleEndian(0xFFFFFFFF, 4)),
+          traced(kEntry, TAV_TRACE_DETAIL_HIGH, 9, "", "g", littleEndian(0, 4)),
+          traced(kEntry, TAV_TRACE_DETAIL_OFF, 9, "", "h", littleEndian(1, 4))}));
   EXPECT_EQ(instance->getNestingLevel(), 1u);
 }
 
@@ -158,8 +164,8 @@ TEST_F(TraceInstance, TheTraceFileIsCompleteAfterANormalExit) {
         tavTraceCreateInstance("tiexit", nullptr);
         for (int record = 0; record < kRecords; ++record) {
           if (TAV_TRACE_IS_ENABLED()) {
-            tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_INT32, "child", "record number",
-                         &record, sizeof record);
+            tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, kInt32, "child", "record number", &record,
+                         sizeof record);
           }
         }
         std::exit(0);
@@ -167,8 +173,8 @@ TEST_F(TraceInstance, TheTraceFileIsCompleteAfterANormalExit) {
       testing::ExitedWithCode(0), "");
   std::vector<RecordRead> expected;
   for (int record = 0; record < kRecords; ++record) {
-    expected.push_back({TAV_TRACE_TYPE_INT32, TAV_TRACE_DETAIL_LOW, 1, 0, 0, 0, "record number",
-                        "child", bytesOf(record)});
+    expected.push_back(
+        traced(kInt32, TAV_TRACE_DETAIL_LOW, 1, "record number", "child", bytesOf(record)));
   }
   EXPECT_EQ(recordsOf(file), expected);
 }

@@ -106,49 +106,36 @@ TEST(TraceEnvironment, FlagVariablesCanOnlySwitchOn) {
   }
 }
 
-// With a key of more than 24 characters: names cut short would run the suffixes together into
-// one variable.
-TEST(TraceEnvironment, DetailSetFileAndFormatVariables) {
+// Verbose reports every setting first, in order, then the failure to open the file; tracing
+// goes on without it. The key has more than 24 characters: names cut short would run the
+// suffixes together into one variable.
+TEST(TraceEnvironment, VerboseReportsTheSettingsAndAFileThatCannotBeWritten) {
   ScopedTraceVariables variables("TSVALUES_ABCDEFGHIJKLMNOPQRSTUVWXYZ");
+  const std::string file = tav::test::scratchFileName("missing") + "/no/such/dir/x.trc";
+  const std::string longFormat(600, 'f');
   variables.set("_TRACE_ACTIVE", "on");
   variables.set("_TRACE_DETAIL", "high");
-  variables.set("_TRACE_BUFSIZE", "5");
-  variables.set("_TRACE_COMPSET", "*,-7");
-  variables.set("_TRACE_FILE", "some/where.trc");
-  const std::string longFormat(600, 'f');
-  variables.set("_TRACE_FORMAT", longFormat.c_str());
-  TavClTraceEnvironment environment("tsvalues_abcdefghijklmnopqrstuvwxyz", "second", false);
-  EXPECT_TRUE(environment.isActive());
-  EXPECT_EQ(environment.getSettings().getFilter().getDetail(), TAV_TRACE_DETAIL_HIGH);
-  EXPECT_EQ(matchingIds(environment.getSettings().getFilter()), idsOf("0-6 8-255"));
-  EXPECT_EQ(environment.getTotalBufferSize(), 5120u);
-  EXPECT_STREQ(environment.getTraceFileName(), "some/where.trc");
-  EXPECT_EQ(std::string(environment.getFormatString()), longFormat.substr(0, 512));
-  EXPECT_STREQ(environment.getKey(), "SEM32:tsvalues_abcdefghijklmnopqrstuvwxyz:second");
-}
-
-TEST(TraceEnvironment, VerboseReportsSettingsAndAFileThatCannotBeWritten) {
-  ScopedTraceVariables variables("TSBADFILE");
-  const std::string file = tav::test::scratchFileName("missing") + "/no/such/dir/x.trc";
   variables.set("_TRACE_FILE", file.c_str());
+  variables.set("_TRACE_FORMAT", longFormat.c_str());
   variables.set("_TRACE_VERBOSE", "on");
   variables.set("_TRACE_BUFSIZE", "4");
   tav::test::ReportCapture reports;
   {
-    TavClTraceEnvironment environment("tsbadfile", nullptr, false);
+    TavClTraceEnvironment environment("tsvalues_abcdefghijklmnopqrstuvwxyz", "second", false);
     const std::string message(200, 'm');
     for (int record = 0; record < 100; ++record) {  // fills the ring several times
       environment.add(TavClTraceEntry(environment, TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_NO_DATA,
                                       "origin", message.c_str(), nullptr, 0));
     }
   }
-  // Verbose: every setting first, in order, then the failure; tracing goes on without the file.
   const std::string output = reports.take();
   size_t position = 0;
   for (const std::string& label : std::vector<std::string>{
-           "key: tsbadfile]", "active: ", "resource key: ", "compression: ", "autosave: ",
-           "autoflush: ", "autoclear: ", "detail: ", "buffersize: 4096]",
-           "process id: ", "format: ", "file: " + file + "]", "sharedMemory: ",
+           "key: tsvalues_abcdefghijklmnopqrstuvwxyz]", "active: on]",
+           "resource key: SEM32:tsvalues_abcdefghijklmnopqrstuvwxyz:second]", "compression: on]",
+           "autosave: on]", "autoflush: off]", "autoclear: off]", "detail: HIGH]",
+           "buffersize: 4096]", "process id: ", "format: " + longFormat.substr(0, 512) + "]",
+           "file: " + file + "]", "sharedMemory: off]",
            "could not open: " + file + " (errno: " + std::to_string(ENOENT) + ")]"}) {
     SCOPED_TRACE(label);
     position = output.find("[TAV: TRACE: " + label, position);

@@ -5,9 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <thread>
 
@@ -84,11 +84,7 @@ TEST(SharedRingMapping, OpeningFailsWithAReason) {
 
   // A file no larger than the lock area holds no ring to attach to.
   const std::string tiny = tav::test::scratchFileName("shared-tiny.shm");
-  FILE* file = std::fopen(tiny.c_str(), "wb");
-  ASSERT_NE(file, nullptr);
-  const std::string lockArea(SharedRingMapping::kLockAreaSize, '\0');
-  std::fwrite(lockArea.data(), 1, lockArea.size(), file);
-  std::fclose(file);
+  std::ofstream(tiny, std::ios::binary) << std::string(SharedRingMapping::kLockAreaSize, '\0');
   EXPECT_EQ(mapping.attach(tiny.c_str(), lockNameFor(tiny).c_str()), Status::kTooSmall);
   EXPECT_TRUE(SharedRingMapping::removeFile(tiny.c_str()));
 

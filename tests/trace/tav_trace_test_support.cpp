@@ -81,6 +81,20 @@ std::string recordBytes(const TavClTraceEntry& entry) {
   return bytes;
 }
 
+std::string bytesOf(const std::vector<HandRecord>& records) {
+  std::string bytes;
+  for (const HandRecord& record : records) {
+    bytes +=
+        {static_cast<char>(record.type | record.detail << 6), static_cast<char>(record.componentId),
+         static_cast<char>(record.message.size()), static_cast<char>(record.origin.size())};
+    bytes += littleEndian(record.timeStamp, 4) + littleEndian(record.processId, 4) +
+             littleEndian(record.threadId, 4) +
+             littleEndian(record.claimedSize >= 0 ? record.claimedSize : record.data.size(), 4);
+    bytes += record.message + record.origin + record.data;
+  }
+  return bytes;
+}
+
 bool operator==(const RecordRead& left, const RecordRead& right) {
   auto fields = [](const RecordRead& r) {
     return std::tie(r.type, r.detail, r.componentId, r.timeStamp, r.processId, r.threadId,

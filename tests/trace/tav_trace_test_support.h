@@ -23,12 +23,11 @@ class TestTraceEnvironment : public TavClTraceEnvironmentABase {
   bool isCompressionEnabled() const override { return compress; }
   uint64_t getBufferSize() const override { return bufferSize; }
   const char* getTraceFileName() const override { return fileName.c_str(); }
-  bool isVerbose() const override { return verbose; }
+  bool isVerbose() const override { return false; }
 
   bool compress;
   uint64_t bufferSize;
   std::string fileName;
-  bool verbose = false;
 };
 
 // A file name in the temporary directory that no other test uses; the file is removed first.
@@ -48,6 +47,23 @@ std::string littleEndian(uint64_t value, unsigned width);
 
 // The bytes of a record as the buffer stores them: header, texts and data.
 std::string recordBytes(const TavClTraceEntry& entry);
+
+// A record written byte by byte as the library writes it, with a fixed time stamp and ids
+// unless a test names others, so that what the formatters make of it is the same on every host.
+struct HandRecord {
+  TavEnTraceDataType type = TAV_TRACE_TYPE_NO_DATA;
+  std::string origin = "fn";
+  std::string data = "";
+  std::string message = "msg";
+  uint32_t timeStamp = 1000;
+  uint32_t threadId = 7;
+  TavEnTraceDetail detail = TAV_TRACE_DETAIL_LOW;
+  uint8_t componentId = 1;
+  uint32_t processId = 42;
+  int64_t claimedSize = -1;  // the size field when it is to differ from the data written
+};
+
+std::string bytesOf(const std::vector<HandRecord>& records);
 
 struct RecordRead {
   TavEnTraceDataType type;

@@ -6,7 +6,6 @@
 
 #include <atomic>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <string>
 #include <thread>
@@ -36,22 +35,6 @@ std::string dataFor(int thread, int number) {
     data[index] = static_cast<char>(thread * 31 + number + static_cast<int>(index));
   }
   return data;
-}
-
-using WriteRecord = std::function<void(int thread, int number)>;
-
-// Runs kThreads threads that each write records 0 to perThread - 1; gives their thread ids.
-std::vector<uint32_t> runThreads(int perThread, const WriteRecord& write) {
-  std::vector<uint32_t> threadIds(kThreads);
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&, thread] {
-      threadIds[thread] = TavClThreadProperty().getId();
-      for (int number = 0; number < perThread; ++number) write(thread, number);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  return threadIds;
 }
 
 // Every thread's records in the file, whole and in order, each data record between a function
@@ -95,17 +78,24 @@ TEST(TraceThreads, TraceCallsFromManyThreadsAllReachTheFileWhole) {
   variables.set("_TRACE_BUFSIZE", "4");  // the smallest buffer: it is handed out very often
   tavTraceCreateInstance("tithreads", nullptr);
   ASSERT_TRUE(tavTraceIsEnabled());
-  const auto threadIds = runThreads(kRepetitions, [](int thread, int number) {
-    if (!TAV_TRACE_IS_ENABLED()) return;
-    const std::string message = messageFor(thread, number);
-    const std::string data = dataFor(thread, number);
-    tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_FUNCTION_ENTRY, "work", nullptr, nullptr,
-                 0);
-    tavTraceDump(TAV_TRACE_DETAIL_LOW, static_cast<uint16_t>(thread), TAV_TRACE_TYPE_DATA, "worker",
-                 message.c_str(), data.data(), data.size());
-    tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_FUNCTION_EXIT, "work", nullptr, nullptr,
-                 0);
-  });
+  std::vector<uint32_t> threadIds(kThreads);
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&threadIds, thread] {
+      threadIds[thread] = TavClThreadProperty().getId();
+      for (int number = 0; number < kRepetitions && TAV_TRACE_IS_ENABLED(); ++number) {
+        const std::string message = messageFor(thread, number);
+        const std::string data = dataFor(thread, number);
+        tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_FUNCTION_ENTRY, "work", nullptr,
+                     nullptr, 0);
+        tavTraceDump(TAV_TRACE_DETAIL_LOW, static_cast<uint16_t>(thread), TAV_TRACE_TYPE_DATA,
+                     "worker", message.c_str(), data.data(), data.size());
+        tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_FUNCTION_EXIT, "work", nullptr,
+                     nullptr, 0);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
   tavTraceDeleteInstance();
   expectEachThreadInOrder(file, threadIds, kRepetitions);
 }
