@@ -23,11 +23,15 @@ TraceThreadSlot& traceThreadSlot() {
   return slot;
 }
 
-// A fiber-local slot: the system calls its callback when a thread with a value in it ends.
+// A fiber-local slot: the system calls its callback when a thread with a value in it ends. The
+// library stays loaded from then on, so that the callback is still there when a thread ends.
 bool callAtThreadEnd(void (*atEnd)(void* value), void* value) {
   static void (*function)(void*) = nullptr;
   static const DWORD slot = [atEnd] {
     function = atEnd;
+    HMODULE library = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                       reinterpret_cast<LPCSTR>(&callAtThreadEnd), &library);
     return FlsAlloc([](PVOID ending) { function(ending); });
   }();
   return slot != FLS_OUT_OF_INDEXES && FlsSetValue(slot, value) != 0;
