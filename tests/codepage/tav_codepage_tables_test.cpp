@@ -20,48 +20,39 @@ using tav::test::routineName;
 
 TavClCCSID ccsid(uint32_t number) { return TavClCCSID(static_cast<TavEnCCSID>(number)); }
 
-const uint32_t kSingleByteCcsids[] = {37,   273,  277,  278,  280,  284,  285,  297,  500,  871,
-                                      1140, 1141, 1142, 1143, 1144, 1145, 1146, 1147, 1148, 1149,
-                                      1047, 870,  1153, 1025, 1026, 875,  437,  850,  852,  855,
-                                      857,  858,  860,  861,  863,  865,  866,  869,  1250, 1251,
-                                      1252, 1253, 1254, 1255, 1256, 1257, 1258, 819,  923};
-// The double-byte tables and whether they are EBCDIC (shifting in and out of double bytes).
-const std::pair<uint32_t, bool> kDoubleByteCcsids[] = {
-    {930, true},  {933, true},  {935, true},   {937, true},   {939, true},   {1390, true},
-    {1399, true}, {950, false}, {1386, false}, {1392, false}, {33722, false}};
+// The CCSIDs with a table of their own read by a routine whose name starts with `kind`, each
+// checked to choose that routine.
+std::vector<std::pair<uint32_t, std::string>> tableCcsids(const std::string& kind) {
+  std::vector<std::pair<uint32_t, std::string>> ccsids;
+  for (const auto& row : tav::test::readDataTable("codepage/table_ccsids.txt", 2)) {
+    const auto number = static_cast<uint32_t>(row.number(0));
+    if (row.str(1).rfind(kind, 0) != 0) continue;
+    EXPECT_EQ(routineName(TavClCodePage2UnicodeConverter(ccsid(number)).getAlgorithm()), row.str(1))
+        << row.where;
+    ccsids.emplace_back(number, row.str(1));
+  }
+  EXPECT_FALSE(ccsids.empty());
+  return ccsids;
+}
 
 // A whole conversion with room to spare.
 std::u16string toUnicode(const TavClConverterABase& converter, const std::string& input) {
-  std::string out(input.size() * 4 + 8, '\0');
-  out.resize(converter.convertBytes(&out[0], out.size(), input.data(), input.size()));
-  return tav::test::unitsOf(out);
+  std::u16string out(input.size() * 2 + 4, u'\0');
+  const size_t written = converter.convertBytes(reinterpret_cast<char*>(&out[0]), out.size() * 2,
+                                                input.data(), input.size());
+  return out.substr(0, written / 2);
 }
 
-TEST(CodePageTables, EveryTableCcsidChoosesItsTable) {
-  for (uint32_t number : kSingleByteCcsids) {
-    EXPECT_EQ(routineName(TavClCodePage2UnicodeConverter(ccsid(number)).getAlgorithm()),
-              ccsid(number).isEBCDIC() ? "sbcs-ebcdic" : "sbcs-ascii")
-        << number;
-  }
-  for (const auto& [number, ebcdic] : kDoubleByteCcsids) {
-    EXPECT_EQ(routineName(TavClCodePage2UnicodeConverter(ccsid(number)).getAlgorithm()),
-              ebcdic ? "dbcs-ebcdic" : "dbcs-ascii")
-        << number;
-  }
-  // Neighbours without a table of their own go on to ICU (or stay unsupported without it).
-  for (uint32_t number : {1, 36, 38, 1139, 1154, 929, 931, 33723, 948, 924}) {
-    EXPECT_EQ(
-        routineName(TavClCodePage2UnicodeConverter(ccsid(number)).getAlgorithm()).find("bcs-"),
-        std::string::npos)
-        << number;
-  }
-}
-
-// Conversions at the edges of input and output, by every kind of converter. Each runs on an
-// input block of its exact size, so that reading past it is caught by the sanitizer builds,
-// and again through the form that takes the input by value.
+// Conversions at the edges of input and output, by every kind of converter, and the examples
+// of UTF-8 and UCS-2. Each runs on an input block of its exact size, so that reading past it is
+// caught by the sanitizer builds, and again through the form that takes the input by value.
 TEST(CodePageTables, EdgesOfInputAndOutput) {
-  for (const auto& row : tav::test::readDataTable("codepage/conversion_edges.txt", 7)) {
+  std::vector<tav::test::DataRow> rows;
+  for (const char* file : {"conversion_edges.txt", "utf8_to_ucs2.txt", "ucs2_to_utf8.txt"}) {
+    for (auto& row : tav::test::readDataTable(std::string("codepage/") + file, 7))
+      rows.push_back(row);
+  }
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.where);
     const auto converter = tav::test::makeConverter(row.str(0), row.str(1));
     const std::string input = parseHex(row.str(2));
@@ -92,7 +83,7 @@ TEST(CodePageTables, EverySingleByteShortOrLongAsIcuReadsIt) {
   std::string all(256, '\0');
   for (int b = 0; b < 256; ++b) all[b] = static_cast<char>(b);
   const std::string tail = "tail!";  // one block of four and one byte behind the long text
-  for (uint32_t number : kSingleByteCcsids) {
+  for (const auto& [number, routine] : tableCcsids("sbcs")) {
     SCOPED_TRACE(number);
     TavClCodePage2UnicodeConverter converter(ccsid(number));
     const std::u16string units = toUnicode(converter, all);
@@ -179,8 +170,9 @@ std::vector<std::string> sampleCodes(uint32_t number, const std::vector<bool>& l
 // a trail byte ICU reads again is never a lead byte at the end. The single bytes are read as
 // in the single-byte pages.
 TEST(CodePageTablesAgainstIcu, ASampleOfEveryDoubleByteTable) {
-  for (const auto& [number, ebcdic] : kDoubleByteCcsids) {
+  for (const auto& [number, routine] : tableCcsids("dbcs")) {
     SCOPED_TRACE(number);
+    const bool ebcdic = routine == "dbcs-ebcdic";
     const tav::test::IcuConverter icu = tav::test::openIcu(number);
     ASSERT_NE(icu, nullptr);
     TavClCodePage2UnicodeConverter converter(ccsid(number));
@@ -197,7 +189,7 @@ TEST(CodePageTablesAgainstIcu, ASampleOfEveryDoubleByteTable) {
     for (int b = 0; b < 256; ++b) {
       if (ebcdic ? b != 0x0E && b != 0x0F : !leads[b]) singles += static_cast<char>(b);
     }
-    const auto withLineFeed = [ebcdic = ebcdic](std::u16string units) {
+    const auto withLineFeed = [ebcdic](std::u16string units) {
       for (char16_t& unit : units) unit = ebcdic && unit == 0x85 ? 0x0A : unit;
       return units;
     };

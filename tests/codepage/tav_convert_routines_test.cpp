@@ -15,7 +15,6 @@
 namespace {
 
 using tav::test::convert;
-using tav::test::GuardedOutput;
 using tav::test::Outcome;
 using tav::test::parseHex;
 using tav::test::ucs2;

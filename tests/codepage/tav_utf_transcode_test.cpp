@@ -1,5 +1,5 @@
-// UTF-8 to UCS-2 and back: the example tables, random text cut by its output size or handed in
-// pieces, and ICU's own UTF-8 converter on the same text.
+// UTF-8 to UCS-2 and back on random text: as ICU's own UTF-8 converter converts it, cut by its
+// output size, and handed in pieces. The examples are rows of the conversion edge tables.
 //
 // Every call runs on an input block of exactly its size and an output followed by a guard
 // region, so that a read past the input (under AddressSanitizer) or a write past the output
@@ -20,23 +20,6 @@ namespace {
 using tav::test::convert;
 using tav::test::Outcome;
 using tav::test::ucs2;
-
-TEST(UtfTranscode, ConvertsTheExampleTables) {
-  const TavClCodePage2UnicodeConverter fromUtf8(TAV_CCSID_UTF8);
-  const TavClUnicode2CodePageConverter toUtf8(TAV_CCSID_UTF8);
-  const std::pair<const char*, const TavClConverterABase*> tables[] = {
-      {"codepage/utf8_to_ucs2.txt", &fromUtf8}, {"codepage/ucs2_to_utf8.txt", &toUtf8}};
-  for (const auto& [file, converter] : tables) {
-    for (const auto& row : tav::test::readDataTable(file, 5)) {
-      SCOPED_TRACE(row.where);
-      const std::string input = tav::test::parseHex(row.str(0));
-      const size_t outSize = row.str(1) == "-" ? 4 * input.size() + 8 : row.number(1);
-      EXPECT_EQ(convert(*converter, input, outSize),
-                (Outcome{tav::test::parseHex(row.str(2)), size_t(row.number(3)),
-                         tav::test::errorOf(row.str(4))}));
-    }
-  }
-}
 
 // The UTF-8 form of a Unicode scalar value.
 std::string encodeScalar(uint32_t value) {
@@ -105,41 +88,7 @@ class TextMaker {
   std::mt19937 random_;
 };
 
-// Random text into random output sizes, which must stop as a full output does; and UTF-8 in
-// pieces, each time with what the last call left unconsumed in front of the next piece, which
-// must give what one call over the whole text gives.
-TEST(UtfTranscode, RandomTextCutByItsOutputOrInPieces) {
-  const TavClCodePage2UnicodeConverter fromUtf8(TAV_CCSID_UTF8);
-  const TavClUnicode2CodePageConverter toUtf8(TAV_CCSID_UTF8);
-  TextMaker maker(18);
-  for (int round = 0; round < 3000; ++round) {
-    SCOPED_TRACE(::testing::Message() << "round " << round);
-    const std::string utf8 = maker.utf8(round % 3 != 0);
-    const std::string units = ucs2(maker.ucs2()) + (round % 4 == 0 ? "x" : "");
-    using Case = std::pair<const TavClConverterABase*, std::string>;
-    for (const auto& [converter, input] : {Case(&fromUtf8, utf8), Case(&toUtf8, units)}) {
-      const Outcome whole = convert(*converter, input, 2 * input.size() + 2);
-      tav::test::checkOutputCut(*converter, input, whole, maker.below(2 * input.size() + 2));
-      tav::test::checkOutputCut(*converter, input, whole, maker.below(2 * input.size() + 2));
-    }
-    std::string pending, out;
-    for (size_t at = 0, piece; at < utf8.size(); at += piece) {
-      piece = 1 + maker.below(8);
-      pending += utf8.substr(at, piece);
-      const Outcome part = convert(fromUtf8, pending, 2 * pending.size());
-      ASSERT_NE(part.error, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
-      out += part.written;
-      pending.erase(0, part.consumed);
-    }
-    const Outcome whole = convert(fromUtf8, utf8, 2 * utf8.size());
-    ASSERT_EQ(out, whole.written);
-    ASSERT_EQ(pending, utf8.substr(whole.consumed));
-    if (HasFailure()) return;
-  }
-}
-
 #if TAV_TEST_HAVE_ICU
-
 // What the library gives ICU to encode: U+FFFF in place of each unpaired surrogate and each
 // non-character, as the library writes them; ICU refuses the one and passes the other.
 std::u16string withDeliberateSubstitutes(const std::u16string& units) {
@@ -157,31 +106,55 @@ std::u16string withDeliberateSubstitutes(const std::u16string& units) {
   }
   return substituted;
 }
+#endif
 
-// ICU's default substitution writes U+FFFD for each maximal ill-formed subpart, and one for a
-// sequence cut by the end of the input, where the library reports the cut instead.
-TEST(UtfTranscode, RandomTextConvertsAsIcuConvertsIt) {
+// Random text, well-formed or not: converted whole as ICU's own UTF-8 converter converts it
+// (where ICU is linked); into random output sizes, which must stop as a full output does; and,
+// for UTF-8, in pieces, each time with what the last call left unconsumed in front of the next
+// piece, which must give what one call over the whole text gives.
+TEST(UtfTranscode, RandomTextAsIcuConvertsItCutByItsOutputOrInPieces) {
+#if TAV_TEST_HAVE_ICU
   const tav::test::IcuConverter icu = tav::test::openIcu(1208);
   ASSERT_NE(icu, nullptr);
+#endif
   const TavClCodePage2UnicodeConverter fromUtf8(TAV_CCSID_UTF8);
   const TavClUnicode2CodePageConverter toUtf8(TAV_CCSID_UTF8);
-  TextMaker maker(37);
-  for (int round = 0; round < 3000; ++round) {
+  TextMaker maker(18);
+  for (int round = 0; round < 4000; ++round) {
     SCOPED_TRACE(::testing::Message() << "round " << round);
-    const std::string input = maker.utf8(round % 2 == 0);
-    Outcome ours = convert(fromUtf8, input, 2 * input.size());
-    if (ours.error == CPCONVERTER_INCOMPLETE) {
-      ASSERT_LT(input.size() - ours.consumed, 4u);
-      ours.written += ucs2(u"\xFFFD");
-    }
-    ASSERT_EQ(ours.written, ucs2(tav::test::icuToUnicode(icu.get(), input)));
-
+    const std::string utf8 = maker.utf8(round % 3 != 0);
     const std::u16string units = maker.ucs2();
-    ASSERT_EQ(convert(toUtf8, ucs2(units), 4 * units.size()).written,
+    const std::string unitBytes = ucs2(units) + (round % 4 == 0 ? "x" : "");
+    Outcome fromWhole = convert(fromUtf8, utf8, 2 * utf8.size() + 2);
+    const Outcome toWhole = convert(toUtf8, unitBytes, 2 * unitBytes.size() + 2);
+    for (int cut = 0; cut < 2; ++cut) {
+      tav::test::checkOutputCut(fromUtf8, utf8, fromWhole, maker.below(2 * utf8.size() + 2));
+      tav::test::checkOutputCut(toUtf8, unitBytes, toWhole, maker.below(2 * unitBytes.size() + 2));
+    }
+    std::string pending, out;
+    for (size_t at = 0, piece; at < utf8.size(); at += piece) {
+      piece = 1 + maker.below(8);
+      pending += utf8.substr(at, piece);
+      const Outcome part = convert(fromUtf8, pending, 2 * pending.size());
+      ASSERT_NE(part.error, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
+      out += part.written;
+      pending.erase(0, part.consumed);
+    }
+    ASSERT_EQ(out, fromWhole.written);
+    ASSERT_EQ(pending, utf8.substr(fromWhole.consumed));
+#if TAV_TEST_HAVE_ICU
+    // ICU's default substitution writes U+FFFD for each maximal ill-formed subpart, and one for
+    // a sequence cut by the end of the input, where the library reports the cut instead.
+    if (fromWhole.error == CPCONVERTER_INCOMPLETE) {
+      ASSERT_LT(utf8.size() - fromWhole.consumed, 4u);
+      fromWhole.written += ucs2(u"\xFFFD");
+    }
+    ASSERT_EQ(fromWhole.written, ucs2(tav::test::icuToUnicode(icu.get(), utf8)));
+    ASSERT_EQ(toWhole.written,
               tav::test::icuFromUnicode(icu.get(), withDeliberateSubstitutes(units)));
+#endif
+    if (HasFailure()) return;
   }
 }
-
-#endif
 
 }  // namespace
