@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <tuple>
 #include <utility>
 
 #include "../../src/codepage/tav_codeset_names.h"
 #include "tav_codepage.h"
+#include "tav_codepage_test_support.h"
 #include "tav_test_data.h"
 
 namespace {
@@ -57,16 +57,13 @@ TEST(CCSIDTable, RowCountOrderAndSentinel) {
 }
 
 TEST(CCSIDEquality, LittleEndianUCS2IsTheInternalOne) {
-  const std::tuple<TavEnCCSID, TavEnCCSID, bool> cases[] = {
-      {TAV_CCSID_UCS2_LITTLE_ENDIAN, TAV_CCSID_UCS2, true},
-      {TAV_CCSID_UCS2_BIG_ENDIAN, TAV_CCSID_UCS2, false},
-      {TAV_CCSID_UCS2_ISO10646, TAV_CCSID_UCS2, false},
-      {TAV_CCSID_EBCDIC_37, TAV_CCSID_EBCDIC_500, false}};
-  for (const auto& [left, right, equal] : cases) {
-    SCOPED_TRACE(std::to_string(left) + " vs " + std::to_string(right));
-    EXPECT_EQ(TavClCCSID(left) == right, equal);
-    EXPECT_EQ(TavClCCSID(right) == TavClCCSID(left), equal);
-    EXPECT_EQ(TavClCCSID(left) != TavClCCSID(right), !equal);
+  for (const auto& row : tav::test::readDataTable("codepage/ccsid_equality.txt", 3)) {
+    SCOPED_TRACE(row.where);
+    const auto left = static_cast<TavEnCCSID>(row.number(0));
+    const auto right = static_cast<TavEnCCSID>(row.number(1));
+    EXPECT_EQ(TavClCCSID(left) == right, row.flag(2));
+    EXPECT_EQ(TavClCCSID(right) == TavClCCSID(left), row.flag(2));
+    EXPECT_EQ(TavClCCSID(left) != TavClCCSID(right), !row.flag(2));
   }
 }
 
@@ -81,14 +78,11 @@ TEST(CCSIDEndianness, EveryUCS2RowButOneIsInHostOrder) {
 }
 
 TEST(CCSIDEndianness, ByteOrderMarks) {
-  const std::pair<const char*, TavEnCCSID> cases[] = {{"\xFE\xFF", TAV_CCSID_UCS2_BIG_ENDIAN},
-                                                      {"\xFF\xFE", TAV_CCSID_UCS2_LITTLE_ENDIAN},
-                                                      {"\xFE\xFE", TAV_CCSID_UNKNOWN},
-                                                      {"\xFE", TAV_CCSID_UNKNOWN},
-                                                      {"", TAV_CCSID_UNKNOWN},
-                                                      {nullptr, TAV_CCSID_UNKNOWN}};
-  for (const auto& [bytes, ccsid] : cases) {
-    SCOPED_TRACE(bytes == nullptr ? "null" : bytes);
+  for (const auto& row : tav::test::readDataTable("codepage/byte_order_marks.txt", 2)) {
+    SCOPED_TRACE(row.where);
+    const std::string marked = row.text(0) == nullptr ? "" : tav::test::parseHex(row.str(0));
+    const char* bytes = row.text(0) == nullptr ? nullptr : marked.c_str();
+    const auto ccsid = static_cast<TavEnCCSID>(row.number(1));
     EXPECT_EQ(TavClCCSID::getCCSIDForUCS2EndianId(bytes), ccsid);
     EXPECT_EQ(TavClConverterABase::isUCS2BigEndianId(bytes), ccsid == TAV_CCSID_UCS2_BIG_ENDIAN);
     EXPECT_EQ(TavClConverterABase::isUCS2LittleEndianId(bytes),

@@ -68,13 +68,9 @@ TEST(CodePageTables, EdgesOfInputAndOutput) {
 }
 
 TEST(CodePageTables, EucPlaceholderConvertsNothing) {
-  TavClCodePage2UnicodeConverter converter(ccsid(33722));
-  const char* input = "\xA4\xA2";
-  const char* cursor = input;
-  char out[8] = {};
-  TavClConverterABase::_TavStConverter conversion{&converter, out, sizeof out, &cursor, 2};
-  EXPECT_EQ(tavConvertByTablesEUCtoUCS2(conversion), 0u);
-  EXPECT_EQ(cursor, input);
+  EXPECT_EQ(tav::test::convert(TavClCodePage2UnicodeConverter(ccsid(33722)), "\xA4\xA2", 8,
+                               tavConvertByTablesEUCtoUCS2),
+            (tav::test::Outcome{"", 0, NO_ERROR}));
 }
 
 // Every byte of every single-byte page, in a short text and in a long one, which takes the

@@ -30,11 +30,14 @@ TEST(ConvertRoutines, EveryOutputSizeStaysInside) {
     const Outcome whole = convert(*make(), input, input.size() * 4);
     EXPECT_NE(whole.error, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
     for (size_t outSize = 0; outSize <= whole.written.size(); ++outSize) {
+      if (row.str(0) != "dbcs ebcdic") {
+        tav::test::checkOutputCut(*make(), input, whole, outSize);
+        continue;
+      }
+      // A routine that keeps a shift state: a shorter output holds a start of the whole result
+      // and stops with TOO_BIG.
       const Outcome part = convert(*make(), input, outSize);
-      if (row.str(0) != "dbcs ebcdic") tav::test::checkOutputCut(*make(), input, whole, outSize);
-      // A shorter output holds a start of the whole result and stops with TOO_BIG.
       EXPECT_EQ(part.written, whole.written.substr(0, part.written.size())) << outSize;
-      EXPECT_LE(part.consumed, whole.consumed);
       EXPECT_EQ(part.error,
                 outSize < whole.written.size() ? uint32_t{CPCONVERTER_TOO_BIG} : whole.error);
     }
@@ -87,19 +90,17 @@ TEST(ConvertRoutines, IcuWithUnalignedBuffersAndOddSizes) {
   // 1112 has no built-in table, so ICU serves it; these letters are the same as in 37.
   TavClCodePage2UnicodeConverter fromIcu(static_cast<TavEnCCSID>(1112));
   TavClUnicode2CodePageConverter toIcu(static_cast<TavEnCCSID>(1112));
-  const std::string hello = ucs2(u"Hello");
+  const std::string hello = ucs2(u"Hello"), ebcdic = "\xC8\x85\x93\x93\x96";
   // One byte in, so that the UCS-2 side sits on an odd address.
-  std::string shifted = "#" + hello + "!";
-  char out[16];
-  EXPECT_EQ(toIcu.convertBytes(out, sizeof out, shifted.data() + 1, hello.size()), 5u);
-  EXPECT_EQ(std::string(out, 5), "\xC8\x85\x93\x93\x96");
-  EXPECT_EQ(toIcu.convertBytes(out, sizeof out, shifted.data() + 1, hello.size() + 1), 5u);
+  const std::string shifted = "#" + hello + "!";
+  char out[17];
+  EXPECT_EQ(toIcu.convertBytes(out, 16, shifted.data() + 1, hello.size()), 5u);
+  EXPECT_EQ(std::string(out, 5), ebcdic);
+  EXPECT_EQ(toIcu.convertBytes(out, 16, shifted.data() + 1, hello.size() + 1), 5u);
   EXPECT_EQ(toIcu.getError().id, static_cast<uint32_t>(CPCONVERTER_INCOMPLETE));
-
-  char wide[17];
-  EXPECT_EQ(fromIcu.convertBytes(wide + 1, 16, "\xC8\x85\x93\x93\x96", 5), 10u);
-  EXPECT_EQ(std::string(wide + 1, 10), hello);
-  EXPECT_EQ(fromIcu.convertBytes(wide + 1, 3, "\xC8\x85\x93\x93\x96", 5), 2u);
+  EXPECT_EQ(fromIcu.convertBytes(out + 1, 16, ebcdic.data(), 5), 10u);
+  EXPECT_EQ(std::string(out + 1, 10), hello);
+  EXPECT_EQ(fromIcu.convertBytes(out + 1, 3, ebcdic.data(), 5), 2u);
   EXPECT_EQ(fromIcu.getError().id, static_cast<uint32_t>(CPCONVERTER_TOO_BIG));
 }
 
