@@ -47,23 +47,20 @@ std::u16string toUnicode(const TavClConverterABase& converter, const std::string
 // of UTF-8 and UCS-2. Each runs on an input block of its exact size, so that reading past it is
 // caught by the sanitizer builds, and again through the form that takes the input by value.
 TEST(CodePageTables, EdgesOfInputAndOutput) {
-  std::vector<tav::test::DataRow> rows;
   for (const char* file : {"conversion_edges.txt", "utf8_to_ucs2.txt", "ucs2_to_utf8.txt"}) {
-    for (auto& row : tav::test::readDataTable(std::string("codepage/") + file, 7))
-      rows.push_back(row);
-  }
-  for (const auto& row : rows) {
-    SCOPED_TRACE(row.where);
-    const auto converter = tav::test::makeConverter(row.str(0), row.str(1));
-    const std::string input = parseHex(row.str(2));
-    const auto outSize = static_cast<size_t>(row.number(3));
-    const tav::test::Outcome outcome = tav::test::convert(*converter, input, outSize);
-    EXPECT_EQ(outcome, (tav::test::Outcome{parseHex(row.str(4)), size_t(row.number(5)),
-                                           tav::test::errorOf(row.str(6))}));
-    std::string again(outSize, '\0');
-    EXPECT_EQ(converter->convertBytes(&again[0], outSize, input.data(), input.size()),
-              outcome.written.size());
-    EXPECT_EQ(again.substr(0, outcome.written.size()), outcome.written);
+    for (const auto& row : tav::test::readDataTable(std::string("codepage/") + file, 7)) {
+      SCOPED_TRACE(row.where);
+      const auto converter = tav::test::makeConverter(row.str(0), row.str(1));
+      const std::string input = parseHex(row.str(2));
+      const auto outSize = static_cast<size_t>(row.number(3));
+      const tav::test::Outcome outcome = tav::test::convert(*converter, input, outSize);
+      EXPECT_EQ(outcome, (tav::test::Outcome{parseHex(row.str(4)), size_t(row.number(5)),
+                                             tav::test::errorOf(row.str(6))}));
+      std::string again(outSize, '\0');
+      EXPECT_EQ(converter->convertBytes(&again[0], outSize, input.data(), input.size()),
+                outcome.written.size());
+      EXPECT_EQ(again.substr(0, outcome.written.size()), outcome.written);
+    }
   }
 }
 

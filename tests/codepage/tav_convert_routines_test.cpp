@@ -1,5 +1,6 @@
-// tav_convert_routines_test.cpp - the conversion routines: their defining examples, every
-// output size up to the whole result with a guard region behind it, and the UTF-8 decoder.
+// tav_convert_routines_test.cpp - the conversion routines: one input per routine cut at every
+// output and input size, null buffers, the process code page's routine, ICU on unaligned
+// buffers, and the decoder of one UTF-8 character.
 
 #include <gtest/gtest.h>
 
