@@ -17,6 +17,7 @@ TavClCCSID ccsid(uint32_t number) { return TavClCCSID(static_cast<TavEnCCSID>(nu
 
 TEST(ChainedConversion, BufferGrowsForLargeInputs) {
   TavClCodePage2CodePageConverter chain(ccsid(1208), ccsid(819));
+  EXPECT_EQ(chain.getSecondStage().getTargetCCSID().getCCSID(), TAV_CCSID_ISO8859_1);
   for (int count : {1, 40000, 1, 40000}) {
     SCOPED_TRACE(count);
     std::string input, expected;
