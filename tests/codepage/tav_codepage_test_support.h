@@ -1,48 +1,31 @@
-// tav_codepage_test_support.h - helpers shared by the code page tests: property bits in the
-// notation of the test tables, UCS-2 byte strings, and output buffers with a guard region.
+// tav_codepage_test_support.h - helpers shared by the code page tests: UCS-2 byte strings,
+// converters and routines named as the test tables name them, conversions checked against a
+// guard region and against their whole result, and (where ICU is linked) ICU's converters.
 
 #ifndef TAV_CODEPAGE_TEST_SUPPORT_H
 #define TAV_CODEPAGE_TEST_SUPPORT_H
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "tav_codepage.h"
 
+#if TAV_TEST_HAVE_ICU
+#include <unicode/ucnv.h>
+#endif
+
 namespace tav::test {
 
-// "ASCII+SBCS" -> FLAG_ASCII | FLAG_SBCS; "none" -> 0.
-inline uint32_t parseCCSIDFlags(const std::string& text) {
-  static const std::pair<const char*, uint32_t> kWords[] = {{"ASCII", TavClCCSID::FLAG_ASCII},
-                                                            {"EBCDIC", TavClCCSID::FLAG_EBCDIC},
-                                                            {"DBCS", TavClCCSID::FLAG_DBCS},
-                                                            {"SBCS", TavClCCSID::FLAG_SBCS},
-                                                            {"UCS2", TavClCCSID::FLAG_UCS2}};
-  uint32_t flags = 0;
-  for (size_t start = 0, end; text != "none" && start <= text.size(); start = end + 1) {
-    end = std::min(text.find('+', start), text.size());
-    uint32_t flag = 0x80000000u;  // an unknown word never matches a real row
-    for (const auto& [word, bit] : kWords) {
-      if (text.compare(start, end - start, word) == 0) flag = bit;
-    }
-    flags |= flag;
-  }
-  return flags;
-}
-
 // UCS-2 units as bytes in host order.
-inline std::string ucs2(std::initializer_list<uint16_t> units) {
+inline std::string ucs2(const std::u16string& units) {
   std::string bytes(units.size() * 2, '\0');
-  size_t at = 0;
-  for (uint16_t unit : units) {
-    std::memcpy(&bytes[at], &unit, 2);
-    at += 2;
-  }
+  if (!units.empty()) std::memcpy(&bytes[0], units.data(), bytes.size());
   return bytes;
 }
 
@@ -53,33 +36,77 @@ inline std::string parseHex(const std::string& text) {
   for (size_t start = text.find_first_not_of(' '); start != std::string::npos;) {
     const size_t end = std::min(text.find(' ', start), text.size());
     const auto value =
-        static_cast<uint16_t>(std::stoul(text.substr(start, end - start), nullptr, 16));
-    bytes += end - start == 4 ? ucs2({value}) : std::string(1, static_cast<char>(value));
+        static_cast<char16_t>(std::stoul(text.substr(start, end - start), nullptr, 16));
+    bytes += end - start == 4 ? ucs2(std::u16string(1, value)) : std::string(1, char(value));
     start = text.find_first_not_of(' ', end);
   }
   return bytes;
 }
 
-// An output area of `size` bytes followed by a guard region that no conversion may touch.
-class GuardedOutput {
- public:
-  static constexpr size_t kGuard = 32;
-  static constexpr char kFill = '\x5A';
-
-  explicit GuardedOutput(size_t size) : bytes(size + kGuard, kFill), size(size) {}
-  char* data() { return bytes.data(); }
-  std::string written(size_t count) const { return std::string(bytes.data(), count); }
-  bool guardIntact() const {
-    for (size_t i = size; i < bytes.size(); ++i) {
-      if (bytes[i] != kFill) return false;
-    }
-    return true;
+// What a conversion did: the bytes written, the input bytes consumed and the error id.
+struct Outcome {
+  std::string written;
+  size_t consumed;
+  uint32_t error;
+  bool operator==(const Outcome& other) const {
+    return written == other.written && consumed == other.consumed && error == other.error;
   }
-
- private:
-  std::vector<char> bytes;
-  size_t size;
 };
+
+inline std::ostream& operator<<(std::ostream& stream, const Outcome& outcome) {
+  return stream << testing::PrintToString(outcome.written) << " consumed " << outcome.consumed
+                << " error " << outcome.error;
+}
+
+// The error id of a status in the test tables.
+inline uint32_t errorOf(const std::string& status) {
+  if (status == "ok") return NO_ERROR;
+  if (status == "incomplete") return CPCONVERTER_INCOMPLETE;
+  return status == "toobig" ? CPCONVERTER_TOO_BIG : CPCONVERTER_UNSUPPORTED;
+}
+
+// A conversion by the converter's own routine, or by the one given in its place, on an input
+// block of exactly the input's size (so that the sanitizer builds catch a read past it) into
+// outSize bytes followed by a guard region that must stay untouched.
+inline Outcome convert(const TavClConverterABase& converter, const std::string& input,
+                       size_t outSize,
+                       TavClConverterABase::TavPfuConverterAlgorithm routine = nullptr) {
+  std::vector<char> exact(input.begin(), input.end());
+  const std::string guard(32, '\x5A');
+  std::string out = std::string(outSize, '\0') + guard;
+  const char* cursor = exact.data();
+  TavClConverterABase::_TavStConverter conversion{&converter, &out[0], outSize, &cursor,
+                                                  exact.size()};
+  converter.setError(NO_ERROR, TAV_CLASS_UNKNOWN);
+  const size_t written = routine != nullptr
+                             ? routine(conversion)
+                             : converter.convertBytes(&out[0], outSize, &cursor, exact.size());
+  EXPECT_LE(written, outSize);
+  EXPECT_EQ(out.substr(outSize), guard) << "wrote past the output size " << outSize;
+  return {out.substr(0, std::min(written, outSize)), static_cast<size_t>(cursor - exact.data()),
+          converter.getError().id};
+}
+
+// A conversion into outSize bytes against the whole one: stopped by a full output, it has
+// written whole characters up to the first that does not fit in the room left, and the input
+// it left converts into the rest of the whole result (which a routine that keeps a shift state
+// from one character to the next cannot promise).
+inline void checkOutputCut(const TavClConverterABase& converter, const std::string& input,
+                           const Outcome& whole, size_t outSize) {
+  SCOPED_TRACE(testing::Message() << "output size " << outSize);
+  const Outcome part = convert(converter, input, outSize);
+  if (part.error != CPCONVERTER_TOO_BIG) {
+    EXPECT_EQ(part, whole);
+    return;
+  }
+  const std::string rest = input.substr(part.consumed);
+  EXPECT_EQ(convert(converter, rest, outSize - part.written.size()),
+            (Outcome{"", 0, CPCONVERTER_TOO_BIG}))
+      << "a character that fits is left";
+  const Outcome after = convert(converter, rest, 4 * rest.size() + 8);
+  EXPECT_EQ((Outcome{part.written + after.written, part.consumed + after.consumed, after.error}),
+            whole);
+}
 
 // A converter of a table's kind: "to" UCS-2 from the CCSID, "from" UCS-2 into it, or "chain"
 // between the CCSIDs of "source>target".
@@ -97,11 +124,7 @@ inline std::unique_ptr<TavClConverterABase> makeConverter(const std::string& kin
 
 // The name of a conversion routine, for readable test tables.
 inline std::string routineName(TavClConverterABase::TavPfuConverterAlgorithm routine) {
-  struct Named {
-    TavClConverterABase::TavPfuConverterAlgorithm routine;
-    const char* name;
-  };
-  static const Named kNames[] = {
+  static const std::pair<TavClConverterABase::TavPfuConverterAlgorithm, const char*> kNames[] = {
       {tavConvertByCopying, "copy"},
       {tavConvertByEndianSwap, "swap"},
       {tavConvertByAlgorithmUCS2to819, "ucs2to819"},
@@ -115,13 +138,44 @@ inline std::string routineName(TavClConverterABase::TavPfuConverterAlgorithm rou
       {tavConvertByTablesDBCS_EBCDICtoUCS2, "dbcs-ebcdic"},
       {tavConvertByTablesDBCS_ASCIItoUCS2, "dbcs-ascii"},
       {tavConvertByTablesUCS2toSBCS, "reverse"},
-      {tavConvertError, "unsupported"},
-  };
-  for (const Named& named : kNames) {
-    if (named.routine == routine) return named.name;
+      {tavConvertError, "unsupported"}};
+  for (const auto& [known, name] : kNames) {
+    if (known == routine) return name;
   }
   return "?";
 }
+
+#if TAV_TEST_HAVE_ICU
+using IcuConverter = std::unique_ptr<UConverter, void (*)(UConverter*)>;
+
+// ICU's converter for a CCSID, opened as the library opens it; null when ICU has none.
+inline IcuConverter openIcu(uint32_t ccsid) {
+  UErrorCode status = U_ZERO_ERROR;
+  UConverter* converter = ccsid == 1208   ? ucnv_open("UTF-8", &status)
+                          : ccsid == 1392 ? ucnv_open("gb18030", &status)
+                                          : ucnv_openCCSID(int32_t(ccsid), UCNV_IBM, &status);
+  if (converter != nullptr) ucnv_setFallback(converter, true);
+  return IcuConverter(U_SUCCESS(status) ? converter : nullptr, ucnv_close);
+}
+
+inline std::u16string icuToUnicode(UConverter* converter, const std::string& input) {
+  std::u16string units(input.size() * 2 + 8, u'\0');
+  UErrorCode status = U_ZERO_ERROR;
+  units.resize(ucnv_toUChars(converter, &units[0], int32_t(units.size()), input.data(),
+                             int32_t(input.size()), &status));
+  EXPECT_TRUE(U_SUCCESS(status)) << u_errorName(status);
+  return units;
+}
+
+inline std::string icuFromUnicode(UConverter* converter, const std::u16string& units) {
+  std::string bytes(units.size() * 4 + 8, '\0');
+  UErrorCode status = U_ZERO_ERROR;
+  bytes.resize(ucnv_fromUChars(converter, &bytes[0], int32_t(bytes.size()), units.data(),
+                               int32_t(units.size()), &status));
+  EXPECT_TRUE(U_SUCCESS(status)) << u_errorName(status);
+  return bytes;
+}
+#endif
 
 }  // namespace tav::test
 

@@ -105,15 +105,13 @@ std::string substitute(const char* in, size_t limit = 4096, const char* const* v
   return out.data();
 }
 
-TEST(MessageSubstitution, Rules) {
+// The rules, from a table; null and missing variables read as "???"; output stops at the
+// limit, even inside a variable.
+TEST(MessageSubstitution, RulesMissingVariablesAndTheLimit) {
   for (const auto& row : tav::test::readDataTable("msg/message_substitution.txt", 2)) {
     SCOPED_TRACE(row.where);
     EXPECT_EQ(substitute(row.text(0)), row.str(1));
   }
-}
-
-// Null and missing variables read as "???"; output stops at the limit, even inside a variable.
-TEST(MessageSubstitution, MissingVariablesAndTheLimit) {
   const char* const variables[3] = {"one", nullptr, "three"};
   EXPECT_EQ(substitute("%1 %2 %3 %4", 4096, variables, 3), "one ??? three ???");
   EXPECT_EQ(substitute("abcdefgh", 5), "abcde");

@@ -31,11 +31,16 @@ TEST(BuiltInTable, NamesComeFromTheErrorListsAndTheOtherTextsAreFixed) {
   }
 }
 
-TEST(MessageCatalogCFunctions, StringTableHandle) {
+// The C functions: a catalog file that is not there gives no handle, or one over a table; the
+// library's own catalog opens by name and attaches; null handles read as an empty catalog.
+TEST(MessageCatalogCFunctions, Handles) {
   EXPECT_EQ(tavMsgCatOpen("no-such-catalog"), nullptr);
   const TavClMessageCatalog unloaded(TavClFilename("no-such-catalog"));
   EXPECT_EQ(tavMsgCatOpenAttach(&unloaded), nullptr);
   EXPECT_EQ(tavMsgCatOpenAttach(nullptr), nullptr);
+  EXPECT_STREQ(tavMsgCatGet(nullptr, 1), "");
+  EXPECT_EQ(tavMsgCatGetLanguage(nullptr), 0u);
+  tavMsgCatClose(nullptr);
 
   TavClMessageCatalogProxy* handle =
       tavMsgCatOpenOrUseStringTable("msgs.txt", builtIn(), TAV_MSG_BUILTIN_TABLE_SIZE);
@@ -45,13 +50,10 @@ TEST(MessageCatalogCFunctions, StringTableHandle) {
   const std::string catalogName = handle->getCatalog()->getName();
   EXPECT_TRUE(catalogName == "msgs.cat" || catalogName == "msgs.DLL") << catalogName;
   EXPECT_EQ(tavMsgCatGet(handle, 221), "UNABLE TO LOAD MESSAGE CATALOG: " + catalogName);
-
   // Ten entries are read at most: the list needs no null pointer after the tenth.
   EXPECT_STREQ(tavMsgCatGetVar(handle, 2, "1", "2", "3", "4", "5", "6", "7", "8", "9", "10"),
                "Percent:% Arg1:1 Arg2:2 Arg3:3 Arg4:4 Arg5:5 Arg6:6 Arg7:7 Arg8:8 Arg9:9 Arg10:10");
   tavMsgCatClose(handle);
-  tavMsgCatClose(nullptr);
-  EXPECT_STREQ(tavMsgCatGet(nullptr, 1), "");
 
   // The handle's buffer holds the longest message.
   const std::string half(TAV_MSG_MAX_LENGTH / 2 + 7, 'q');
@@ -60,6 +62,16 @@ TEST(MessageCatalogCFunctions, StringTableHandle) {
   EXPECT_EQ(std::string(tavMsgCatGetVar(handle, 1, half.c_str(), nullptr)),
             std::string(TAV_MSG_MAX_LENGTH, 'q'));
   tavMsgCatClose(handle);
+
+  const TavClMessageCatalog library{TavClFilename(TAV_MSG_LIBRARY_CATALOG)};
+  TavClMessageCatalogProxy* opened = tavMsgCatOpen(TAV_MSG_LIBRARY_CATALOG);
+  TavClMessageCatalogProxy* attached = tavMsgCatOpenAttach(&library);
+  // A null handle would fail each of these.
+  EXPECT_TRUE(tavMsgCatIsValid(opened, 200));
+  EXPECT_EQ(tavMsgCatGetLanguage(opened), library.getLanguage());
+  EXPECT_STREQ(tavMsgCatGet(attached, 4), TavClMessage(library, 4).getText());
+  tavMsgCatClose(attached);
+  tavMsgCatClose(opened);
 }
 
 TEST(LanguageId, LocaleNames) {
@@ -103,15 +115,6 @@ TEST_F(MessageCatalogModule, TextsInTheEnvironmentsLanguageAndNoticesForMissingI
     EXPECT_EQ(std::string(message.getText()), "UNABLE TO LOAD MESSAGE #" + std::to_string(id) +
                                                   " FROM CATALOG: " + catalog.getName());
   }
-  TavClMessageCatalogProxy* handle = tavMsgCatOpen(TAV_MSG_LIBRARY_CATALOG);
-  ASSERT_NE(handle, nullptr);
-  EXPECT_TRUE(tavMsgCatIsValid(handle, 200));
-  EXPECT_EQ(tavMsgCatGetLanguage(handle), expectedLanguage);
-  TavClMessageCatalogProxy* attached = tavMsgCatOpenAttach(&catalog);
-  ASSERT_NE(attached, nullptr);
-  EXPECT_STREQ(tavMsgCatGet(attached, 4), german() ? "NEIN" : "NO");
-  tavMsgCatClose(attached);
-  tavMsgCatClose(handle);
 }
 
 // The English catalog holds the built-in table's texts, the error names included; line ends

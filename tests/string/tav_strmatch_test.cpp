@@ -56,13 +56,8 @@ TEST(StringSearch, FindsTheFirstOccurrence) {
 // as text.
 TEST(StringSearch, AgreesWithStringViewFindOnRandomTexts) {
   std::mt19937 random(20240601);
-  const std::string alphabets[] = {"ab",
-                                   "abc",
-                                   "aAbB",
-                                   "abcdefgh",
-                                   "a\xe4\xc4Z",
-                                   std::string(40, 'a') + "bcB",
-                                   std::string("\0\0xy", 4)};
+  const std::string alphabets[] = {
+      "ab", "abc", "aAbB", "abcdefgh", "a\xe4\xc4Z", std::string(40, 'a') + "bcB", {"\0\0xy", 4}};
   for (int round = 0; round < 30000; ++round) {
     const std::string& alphabet = alphabets[round % std::size(alphabets)];
     const auto randomText = [&](size_t maxLength) {
@@ -103,8 +98,7 @@ TEST(StringSearch, AnIgnoreCaseSearcherThatCannotCopyItsPatternLeaksNothing) {
 }
 
 TEST(Grep, IsInertWhicheverWayItIsBuilt) {
-  const TavClGrep byOption("a.*b", true);
-  const TavClGrep byMode(7, "a.*b");
+  const TavClGrep byOption("a.*b", true), byMode(7, "a.*b");
   for (const TavClGrep* grep : {&byOption, &byMode}) {
     EXPECT_EQ(grep->getMode(), 1);
     EXPECT_EQ(grep->getPattern("a b"), nullptr);
