@@ -14,14 +14,6 @@ namespace tav::os {
 uint32_t currentProcessId();
 uint32_t currentThreadId();
 
-// What the trace keeps for the calling thread, zero until the trace sets it: the trace it last
-// wrote to and that trace's area for this thread. Read on every trace record, so where the
-// platform allows it is reached without a call into the dynamic linker.
-struct TraceThreadSlot {
-  uint64_t owner;
-  void* area;
-};
-TraceThreadSlot& traceThreadSlot();
 // Has atEnd(value) run when the calling thread ends; a later call from the same thread replaces
 // the value. atEnd is the same function in every call of the process (the first one is kept).
 // False when the system keeps no more values per thread.

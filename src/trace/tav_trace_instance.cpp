@@ -102,22 +102,18 @@ void TavClTraceInstance::dumpImp(void* context, TavEnTraceDetail detail, uint16_
   using namespace tav::trace_record;
   constexpr size_t kMaxText = TavClTraceEntry::kMaxStoredTextLength;
   const uint64_t dataSize = storedDataSize(data, size, capacity);
-  size_t messageLength = 0;
-  size_t originLength = 0;
-  if (!compress) {
-    messageLength = tav::trace::boundedTextLength(message, kMaxText);
-    originLength = tav::trace::boundedTextLength(origin, kMaxText);
-  }
 
   // The record is built where it waits for the ring, in the thread's own area: the texts first,
-  // then the header, which needs their stored lengths. With autoflush on, each record is handed
-  // to the file at once and goes the longer way below.
+  // then the header, which needs their stored lengths. The room asked for is what the longest
+  // texts take, with the bytes a copy or compression may write past them. With autoflush on,
+  // each record is handed to the file at once and goes the longer way below.
   tav::trace::RecordStaging* staging = environment.getStaging();
   tav::trace::RecordStaging::Room room;
-  // A compressed text may overshoot its stored length by one byte.
-  const uint64_t textRoom = compress ? 2 * kMaxText + 2 : messageLength + originLength;
+  constexpr uint64_t kTextRoom = 2 * (kMaxText + tav::trace::kBoundedTextOvershoot + 1);
+  size_t messageLength;
+  size_t originLength;
   if (staging != nullptr && (settings.flags & TavClTraceSettings::kAutoflush) == 0 &&
-      staging->reserve(kHeaderSize + textRoom + dataSize, &room)) {
+      staging->reserve(kHeaderSize + kTextRoom + dataSize, &room)) {
     uint8_t* texts = room.at + kHeaderSize;
     if (compress) {
       // A compressed text of 256 bytes keeps only the low eight bits of its length (0), and the
@@ -126,8 +122,8 @@ void TavClTraceInstance::dumpImp(void* context, TavEnTraceDetail detail, uint16_
       originLength = static_cast<uint8_t>(
           TavClTraceEntry::compressCString(texts + messageLength, origin, kMaxText));
     } else {
-      tav::trace::copyShortBytes(texts, message, messageLength);
-      tav::trace::copyShortBytes(texts + messageLength, origin, originLength);
+      messageLength = tav::trace::copyBoundedText(texts, message, kMaxText);
+      originLength = tav::trace::copyBoundedText(texts + messageLength, origin, kMaxText);
     }
     storeCallHeader(room.at, detail, componentId, type, compress, data, size, capacity,
                     static_cast<uint8_t>(messageLength), static_cast<uint8_t>(originLength),
@@ -145,7 +141,10 @@ void TavClTraceInstance::dumpImp(void* context, TavEnTraceDetail detail, uint16_
   // The header on the stack, and compressed texts: uncompressed ones go from the caller's
   // strings straight into the ring.
   uint8_t compressed[2 * kMaxText + 2];
-  if (compress) {
+  if (!compress) {
+    messageLength = tav::trace::boundedTextLength(message, kMaxText);
+    originLength = tav::trace::boundedTextLength(origin, kMaxText);
+  } else {
     messageLength =
         static_cast<uint8_t>(TavClTraceEntry::compressCString(compressed, message, kMaxText));
     originLength = static_cast<uint8_t>(

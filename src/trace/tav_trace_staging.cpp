@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "../process/tav_process_os.h"
 #include "tav_memmgr.h"
 #include "tav_trace_record_layout.h"
 
@@ -24,8 +25,8 @@ uint8_t* alignedToLine(void* memory) {
 std::atomic<uint64_t> nextIdentity{1};
 
 uint64_t areaSizeFor(uint64_t capacity) {
-  const uint64_t eighth = capacity / 8;
-  return eighth < RecordStaging::kMaxAreaSize ? eighth : RecordStaging::kMaxAreaSize;
+  const uint64_t quarter = capacity / 4;
+  return quarter < RecordStaging::kMaxAreaSize ? quarter : RecordStaging::kMaxAreaSize;
 }
 
 }  // namespace
@@ -78,7 +79,7 @@ struct StagingRegistry {
   static void release(RecordStaging& staging, RecordStaging::Area& area) { staging.release(area); }
 
   // Gives the calling thread's area back to its staging, if that staging is still alive.
-  static void releaseSlot(tav::os::TraceThreadSlot& slot) {
+  static void releaseSlot(StagingThreadSlot& slot) {
     lock().lock();
     for (RecordStaging* staging = live(); staging != nullptr; staging = staging->nextLive) {
       if (staging->identity == slot.owner) {
@@ -133,7 +134,7 @@ RecordStaging::~RecordStaging() {
 }
 
 bool RecordStaging::reserveSlowly(uint64_t maxSize, Room* room) {
-  const tav::os::TraceThreadSlot& slot = tav::os::traceThreadSlot();
+  const StagingThreadSlot& slot = stagingThreadSlot;
   Area* area = slot.owner == identity ? static_cast<Area*>(slot.area) : takeArea();
   if (area == nullptr) return false;  // no memory for an area
   uint64_t fill = area->fill.load(std::memory_order_relaxed);
@@ -204,7 +205,7 @@ void RecordStaging::release(Area& area) {
 }
 
 RecordStaging::Area* RecordStaging::takeArea() {
-  tav::os::TraceThreadSlot& slot = tav::os::traceThreadSlot();
+  StagingThreadSlot& slot = stagingThreadSlot;
   // The thread's area in another trace goes back to it first.
   if (slot.owner != 0) StagingRegistry::releaseSlot(slot);
   Area* area = nullptr;

@@ -19,16 +19,25 @@
 #include <atomic>
 #include <cstdint>
 
-#include "../process/tav_process_os.h"
 #include "tav_trace_buffer.h"
 #include "tav_trace_lock.h"
 
 namespace tav::trace {
 
+// What a thread keeps of the staging it last wrote to: which one it is, and the thread's area in
+// it; zero until the thread takes an area. Read on every record. Defined here with its constant
+// initial value, so that reading it needs no check whether it was initialised (and on Linux the
+// library reaches its thread-local variables without a call into the dynamic linker).
+struct StagingThreadSlot {
+  uint64_t owner;
+  void* area;
+};
+inline thread_local StagingThreadSlot stagingThreadSlot = {0, nullptr};
+
 class TAV_INTERNAL_API RecordStaging {
  public:
-  // The largest area; a small ring gets areas of an eighth of its capacity, so that the records
-  // of many threads still fit it together.
+  // The largest area; a small ring gets areas of a quarter of its capacity, so that an area's
+  // records always enter it as one run with room to spare.
   static constexpr uint64_t kMaxAreaSize = 4096;
 
   // Areas for records that end up in ring, a ring of the given capacity.
@@ -51,7 +60,7 @@ class TAV_INTERNAL_API RecordStaging {
   // or no area could be had: the thread then has no records waiting, and the record goes
   // straight into the ring.
   bool reserve(uint64_t maxSize, Room* room) {
-    const tav::os::TraceThreadSlot& slot = tav::os::traceThreadSlot();
+    const StagingThreadSlot& slot = stagingThreadSlot;
     if (slot.owner == identity) {
       Area& area = *static_cast<Area*>(slot.area);
       const uint64_t fill = area.fill.load(std::memory_order_relaxed);

@@ -47,6 +47,44 @@ __attribute__((no_sanitize("address", "thread"))) inline size_t boundedTextLengt
   return length < limit ? length : limit;
 }
 
+// The most bytes copyBoundedText writes past the length it gives.
+constexpr size_t kBoundedTextOvershoot = 16;
+
+// Copies text to to, up to its terminator or limit characters, and gives the length copied, at
+// most limit. Reads and writes 16 bytes per step, so it writes up to kBoundedTextOvershoot bytes
+// past the length, which the caller's room must allow and which it overwrites or ignores. A
+// step never reads across a 4 KiB boundary, and so never into a page the text does not reach
+// (pages are never smaller): within a page, the bytes after the terminator are only copied, not
+// looked at, and the sanitizers are told not to count those reads.
+__attribute__((no_sanitize("address", "thread"))) inline size_t copyBoundedText(uint8_t* to,
+                                                                                  const char* text,
+                                                                                  size_t limit) {
+  constexpr uintptr_t kPage = 4096;
+  const __m128i zero = _mm_setzero_si128();
+  size_t done = 0;
+  while (done < limit) {
+    const char* from = text + done;
+    if ((reinterpret_cast<uintptr_t>(from) & (kPage - 1)) > kPage - 16) {
+      // The next 16 bytes would reach into the next page: byte by byte up to it.
+      size_t step = kPage - (reinterpret_cast<uintptr_t>(from) & (kPage - 1));
+      for (; step != 0 && done < limit; --step, ++done) {
+        to[done] = static_cast<uint8_t>(text[done]);
+        if (text[done] == '\0') return done;
+      }
+      continue;
+    }
+    const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to + done), block);
+    const unsigned nulls = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, zero)));
+    if (nulls != 0) {
+      done += static_cast<size_t>(__builtin_ctz(nulls));
+      return done < limit ? done : limit;
+    }
+    done += 16;
+  }
+  return limit;
+}
+
 // Copies count bytes from from to to, reading and writing only those: short runs such as texts
 // without a call, longer ones in 16-byte moves.
 inline void copyShortBytes(uint8_t* to, const char* from, size_t count) {
@@ -77,7 +115,15 @@ inline void copyShortBytes(uint8_t* to, const char* from, size_t count) {
   }
 }
 #else
+constexpr size_t kBoundedTextOvershoot = 0;
+
 inline size_t boundedTextLength(const char* text, size_t limit) { return strnlen(text, limit); }
+
+inline size_t copyBoundedText(uint8_t* to, const char* text, size_t limit) {
+  const size_t length = strnlen(text, limit);
+  std::memcpy(to, text, length);
+  return length;
+}
 
 inline void copyShortBytes(uint8_t* to, const char* from, size_t count) {
   std::memcpy(to, from, count);

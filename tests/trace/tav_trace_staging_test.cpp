@@ -92,13 +92,13 @@ TEST(TraceStagingThreads, RecordsWaitInTheirThreadsAreaUntilAFlushFromAnyThread)
 }
 
 TEST(TraceStagingThreads, FullAreasAndLargeRecordsKeepTheThreadsOrder) {
-  StagedRing staged(4096);  // areas of 506 bytes
-  ASSERT_EQ(staged.staging->getAreaSize(), 506u);
+  StagedRing staged(4096);  // areas of 1,012 bytes
+  ASSERT_EQ(staged.staging->getAreaSize(), 1012u);
   Messages expected;
   for (int number = 0; number < 60; ++number) {
     expected.push_back("n" + std::to_string(number));
     // Every seventh record is larger than an area and goes straight into the ring.
-    add(*staged.staging, expected.back(), number % 7 == 0 ? 600 : 10);
+    add(*staged.staging, expected.back(), number % 7 == 0 ? 1100 : 10);
   }
   staged.staging->drainAll();
   EXPECT_EQ(staged.messages(), expected);

@@ -28,11 +28,6 @@ uint32_t currentThreadId() {
   return cached;
 }
 
-TraceThreadSlot& traceThreadSlot() {
-  static thread_local TraceThreadSlot slot __attribute__((tls_model("initial-exec"))) = {};
-  return slot;
-}
-
 // A thread-specific key whose destructor runs when a thread with a value ends.
 bool callAtThreadEnd(void (*atEnd)(void* value), void* value) {
   struct Key {

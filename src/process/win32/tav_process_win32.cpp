@@ -18,10 +18,6 @@ uint32_t currentProcessId() { return GetCurrentProcessId(); }
 
 uint32_t currentThreadId() { return GetCurrentThreadId(); }
 
-TraceThreadSlot& traceThreadSlot() {
-  static thread_local TraceThreadSlot slot = {};
-  return slot;
-}
 
 // A fiber-local slot: the system calls its callback when a thread with a value in it ends. The
 // library stays loaded from then on, so that the callback is still there when a thread ends.
