@@ -38,7 +38,7 @@ class TAV_INTERNAL_API RecordStaging {
  public:
   // The largest area; a small ring gets areas of a quarter of its capacity, so that an area's
   // records always enter it as one run with room to spare.
-  static constexpr uint64_t kMaxAreaSize = 4096;
+  static constexpr uint64_t kMaxAreaSize = 16384;
 
   // Areas for records that end up in ring, a ring of the given capacity.
   RecordStaging(TavClTraceBufferManager& ring, uint64_t capacity);
