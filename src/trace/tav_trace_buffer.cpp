@@ -218,14 +218,8 @@ void TavClTraceBufferManager::writeRecord(const uint8_t* header, const char* mes
     uint64_t position = ring.writePosition;
     if (usableSize - position > recordSize) {
       // Most records end before the end of the ring: plain copies.
-      uint8_t* at = base + position;
-      std::memcpy(at, header, kHeaderSize);
-      at += kHeaderSize;
-      std::memcpy(at, message, messageLength);
-      at += messageLength;
-      std::memcpy(at, origin, originLength);
-      at += originLength;
-      if (dataSize != 0) std::memcpy(at, data, dataSize);
+      tav::trace_record::placeRecordParts(base + position, header, message, messageLength, origin,
+                                          originLength, data, dataSize);
       position += recordSize;
     } else {
       position = copyIn(position, header, kHeaderSize);

@@ -60,6 +60,21 @@ inline void storeLittleEndian32(uint8_t* field, uint32_t value) {
 #endif
 }
 
+// Puts a record's parts one after the other at at: the header, both texts and the data block;
+// gives the byte after them.
+inline uint8_t* placeRecordParts(uint8_t* at, const uint8_t* header, const void* message,
+                                 uint64_t messageLength, const void* origin, uint64_t originLength,
+                                 const void* data, uint64_t dataSize) {
+  std::memcpy(at, header, kHeaderSize);
+  at += kHeaderSize;
+  std::memcpy(at, message, messageLength);
+  at += messageLength;
+  std::memcpy(at, origin, originLength);
+  at += originLength;
+  if (dataSize != 0) std::memcpy(at, data, dataSize);
+  return at + dataSize;
+}
+
 // The size of a record's data block, from its header.
 inline uint32_t dataSizeOf(const uint8_t* header) {
   return loadLittleEndian32(header + kDataSizeOffset);

@@ -159,14 +159,8 @@ void RecordStaging::add(const uint8_t* header, const char* message, uint64_t mes
     ring.writeRecord(header, message, messageLength, origin, originLength, data);
     return;
   }
-  uint8_t* at = room.at;
-  std::memcpy(at, header, kHeaderSize);
-  at += kHeaderSize;
-  std::memcpy(at, message, messageLength);
-  at += messageLength;
-  std::memcpy(at, origin, originLength);
-  at += originLength;
-  if (dataSize != 0) std::memcpy(at, data, dataSize);
+  tav::trace_record::placeRecordParts(room.at, header, message, messageLength, origin,
+                                      originLength, data, dataSize);
   commit(room, size);
 }
 

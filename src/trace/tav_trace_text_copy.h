@@ -85,6 +85,17 @@ __attribute__((no_sanitize("address", "thread"))) inline size_t copyBoundedText(
   return limit;
 }
 
+// Copies count bytes, at least one Word and at most two, as the first and the last Word.
+template <typename Word>
+inline void copyHeadAndTail(uint8_t* to, const char* from, size_t count) {
+  Word head;
+  Word tail;
+  std::memcpy(&head, from, sizeof(Word));
+  std::memcpy(&tail, from + count - sizeof(Word), sizeof(Word));
+  std::memcpy(to, &head, sizeof(Word));
+  std::memcpy(to + count - sizeof(Word), &tail, sizeof(Word));
+}
+
 // Copies count bytes from from to to, reading and writing only those: short runs such as texts
 // without a call, longer ones in 16-byte moves.
 inline void copyShortBytes(uint8_t* to, const char* from, size_t count) {
@@ -97,19 +108,9 @@ inline void copyShortBytes(uint8_t* to, const char* from, size_t count) {
     _mm_storeu_si128(reinterpret_cast<__m128i*>(to + count - 16),
                      _mm_loadu_si128(reinterpret_cast<const __m128i*>(from + count - 16)));
   } else if (count >= 8) {
-    uint64_t head;
-    uint64_t tail;
-    std::memcpy(&head, from, 8);
-    std::memcpy(&tail, from + count - 8, 8);
-    std::memcpy(to, &head, 8);
-    std::memcpy(to + count - 8, &tail, 8);
+    copyHeadAndTail<uint64_t>(to, from, count);
   } else if (count >= 4) {
-    uint32_t head;
-    uint32_t tail;
-    std::memcpy(&head, from, 4);
-    std::memcpy(&tail, from + count - 4, 4);
-    std::memcpy(to, &head, 4);
-    std::memcpy(to + count - 4, &tail, 4);
+    copyHeadAndTail<uint32_t>(to, from, count);
   } else {
     for (size_t i = 0; i < count; ++i) to[i] = static_cast<uint8_t>(from[i]);
   }
