@@ -21,7 +21,16 @@
 #include <string>
 #include <utility>
 
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <initializer_list>
+#include <memory>
+#include <vector>
+
+#include "tav_environment.h"
 #include "tav_process.h"
+#include "tav_trace.h"
 #include "tav_trace_environment_base.h"
 
 namespace tav::bench {
@@ -56,6 +65,39 @@ inline std::string benchFileName(const std::string& stem) {
   return (std::filesystem::temp_directory_path() /
           ("tav_bench_" + stem + "_" + std::to_string(TavClProcessProperty().getId()) + ".trc"))
       .string();
+}
+
+// The trace variables of a key, each a suffix and its value, set for the lifetime of the object
+// and removed at its end.
+class BenchTraceVariables {
+ public:
+  BenchTraceVariables(const std::string& upperCaseKey,
+                      std::initializer_list<std::pair<const char*, const char*>> settings) {
+    for (const auto& [suffix, value] : settings) {
+      variables.push_back(
+          std::make_unique<TavClEnvironmentVariable>((upperCaseKey + suffix).c_str(), value));
+    }
+  }
+  ~BenchTraceVariables() {
+    for (const auto& variable : variables) variable->resetValue();
+  }
+  BenchTraceVariables(const BenchTraceVariables&) = delete;
+  BenchTraceVariables& operator=(const BenchTraceVariables&) = delete;
+
+ private:
+  std::vector<std::unique_ptr<TavClEnvironmentVariable>> variables;
+};
+
+// The trace point the instance benchmarks time: a C string record whose data is its message, made
+// once per iteration while tracing is enabled, as a program's trace point would.
+inline void traceMessageEachIteration(benchmark::State& state) {
+  const size_t dataSize = std::strlen(kMessage) + 1;
+  for (auto _ : state) {
+    if (TAV_TRACE_IS_ENABLED()) {
+      tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_CSTRING, kOrigin, kMessage, kMessage,
+                   dataSize);
+    }
+  }
 }
 
 }  // namespace tav::bench

@@ -49,51 +49,33 @@ void BM_TracePointOff(benchmark::State& state) {
 void BM_TraceDumpToFile(benchmark::State& state, bool compress) {
   const std::string file = benchFile("tav_bench_trace_dump.trc");
   std::remove(file.c_str());
-  TavClEnvironmentVariable active("TAVBENCH_TRACE_ACTIVE", "on");
-  TavClEnvironmentVariable size("TAVBENCH_TRACE_BUFSIZE", "1024");
-  TavClEnvironmentVariable name("TAVBENCH_TRACE_FILE", file.c_str());
-  TavClTraceInstance* instance = TavClTraceInstance::createInstance("tavbench");
-  instance->getEnvironment().getSettings().enableCompression(compress);
-  const size_t dataSize = std::strlen(kMessage) + 1;
-  for (auto _ : state) {
-    if (TAV_TRACE_IS_ENABLED()) {
-      tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_CSTRING, kOrigin, kMessage, kMessage,
-                   dataSize);
-    }
+  {
+    const tav::bench::BenchTraceVariables variables(
+        "TAVBENCH",
+        {{"_TRACE_ACTIVE", "on"}, {"_TRACE_BUFSIZE", "1024"}, {"_TRACE_FILE", file.c_str()}});
+    TavClTraceInstance* instance = TavClTraceInstance::createInstance("tavbench");
+    instance->getEnvironment().getSettings().enableCompression(compress);
+    tav::bench::traceMessageEachIteration(state);
+    TavClTraceInstance::deleteInstance();
   }
-  TavClTraceInstance::deleteInstance();
   std::remove(file.c_str());
-  active.resetValue();
-  size.resetValue();
-  name.resetValue();
 }
 
 // The trace file is the null device: hand-outs cost a write that stores nothing.
 void BM_TraceCall(benchmark::State& state, bool compress) {
-  TavClEnvironmentVariable* variables[3] = {};
+  std::unique_ptr<tav::bench::BenchTraceVariables> variables;
   if (state.thread_index() == 0) {
-    variables[0] = new TavClEnvironmentVariable("TAVBENCHCALL_TRACE_ACTIVE", "on");
-    variables[1] = new TavClEnvironmentVariable("TAVBENCHCALL_TRACE_BUFSIZE", "64");
-    variables[2] = new TavClEnvironmentVariable("TAVBENCHCALL_TRACE_FILE", "/dev/null");
+    variables = std::make_unique<tav::bench::BenchTraceVariables>(
+        "TAVBENCHCALL",
+        std::initializer_list<std::pair<const char*, const char*>>{
+            {"_TRACE_ACTIVE", "on"}, {"_TRACE_BUFSIZE", "64"}, {"_TRACE_FILE", "/dev/null"}});
     TavClTraceInstance* instance = TavClTraceInstance::createInstance("tavbenchcall");
     instance->getEnvironment().getSettings().enableCompression(compress);
   }
-  const size_t dataSize = std::strlen(kMessage) + 1;
   // The loop starts in every thread once the first has made the instance.
-  for (auto _ : state) {
-    if (TAV_TRACE_IS_ENABLED()) {
-      tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_CSTRING, kOrigin, kMessage, kMessage,
-                   dataSize);
-    }
-  }
+  tav::bench::traceMessageEachIteration(state);
   state.SetItemsProcessed(state.iterations());
-  if (state.thread_index() == 0) {
-    TavClTraceInstance::deleteInstance();
-    for (TavClEnvironmentVariable* variable : variables) {
-      variable->resetValue();
-      delete variable;
-    }
-  }
+  if (state.thread_index() == 0) TavClTraceInstance::deleteInstance();
 }
 
 #ifdef TAV_BENCH_HAVE_SPDLOG

@@ -17,38 +17,27 @@
 
 namespace {
 
-using tav::bench::kMessage;
-using tav::bench::kOrigin;
 constexpr benchmark::IterationCount kRecords = 2000000;
 
 void BM_TraceDumpShared(benchmark::State& state, bool shared) {
   const std::string file = tav::bench::benchFileName("shared_dump");
   std::remove(file.c_str());
-  TavClEnvironmentVariable active("TAVBENCHSHARED_TRACE_ACTIVE", "on");
-  TavClEnvironmentVariable size("TAVBENCHSHARED_TRACE_BUFSIZE", "1024");
-  TavClEnvironmentVariable name("TAVBENCHSHARED_TRACE_FILE", file.c_str());
-  TavClEnvironmentVariable sharedRing("TAVBENCHSHARED_TRACE_SHARED", shared ? "on" : "off");
+  const tav::bench::BenchTraceVariables variables(
+      "TAVBENCHSHARED", {{"_TRACE_ACTIVE", "on"},
+                         {"_TRACE_BUFSIZE", "1024"},
+                         {"_TRACE_FILE", file.c_str()},
+                         {"_TRACE_SHARED", shared ? "on" : "off"}});
   TavClTraceInstance* instance = TavClTraceInstance::createInstance("tavbenchshared");
   if (shared && !instance->getEnvironment().usesSharedMemory()) {
     state.SkipWithError("the shared ring could not be mapped");
   }
-  const size_t dataSize = std::strlen(kMessage) + 1;
-  for (auto _ : state) {
-    if (TAV_TRACE_IS_ENABLED()) {
-      tavTraceDump(TAV_TRACE_DETAIL_LOW, 1, TAV_TRACE_TYPE_CSTRING, kOrigin, kMessage, kMessage,
-                   dataSize);
-    }
-  }
+  tav::bench::traceMessageEachIteration(state);
   TavClTraceInstance::deleteInstance();
   std::remove(file.c_str());
   const TavClResourceKeySemaphore key("tavbenchshared",
                                       TavClTraceEnvironmentABase::kDefaultInstance);
   tav::trace::SharedRingMapping::removeFile(
       tav::trace::sharedRingFileName(tavGetTmpDirectory(), key.getKey()).c_str());
-  active.resetValue();
-  size.resetValue();
-  name.resetValue();
-  sharedRing.resetValue();
 }
 
 [[maybe_unused]] const bool kRegistered = [] {
