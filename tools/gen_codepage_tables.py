@@ -275,6 +275,19 @@ class DoubleByteBuilder:
         return ranges
 
 
+def reverse_blocks(icu, ccsid):
+    """The reverse table of ccsid as its distinct 256-unit blocks, each stored once, and the
+    block that serves each high byte of a unit."""
+    values = reverse_table(icu, ccsid)
+    blocks, block_of = [], []
+    for high in range(256):
+        block = values[high * 256:(high + 1) * 256]
+        if block not in blocks:
+            blocks.append(block)
+        block_of.append(blocks.index(block))
+    return blocks, block_of
+
+
 def be_bytes(values):
     out = []
     for value in values:
@@ -315,13 +328,7 @@ def generate_sbcs(icu):
         lines.append("  }},")
     lines.append("};")
     for ccsid in REVERSE_CCSIDS:
-        values = reverse_table(icu, ccsid)
-        blocks, block_of = [], []
-        for high in range(256):
-            block = values[high * 256:(high + 1) * 256]
-            if block not in blocks:
-                blocks.append(block)
-            block_of.append(blocks.index(block))
+        blocks, block_of = reverse_blocks(icu, ccsid)
         lines.append("")
         lines.append("const uint8_t kReverseBlocks%d[%d][256] = {" % (ccsid, len(blocks)))
         for block in blocks:
@@ -332,13 +339,7 @@ def generate_sbcs(icu):
     lines.append("")
     lines.append("const ReverseTable kReverseTables[%d] = {" % len(REVERSE_CCSIDS))
     for ccsid in REVERSE_CCSIDS:
-        values = reverse_table(icu, ccsid)
-        blocks, block_of = [], []
-        for high in range(256):
-            block = values[high * 256:(high + 1) * 256]
-            if block not in blocks:
-                blocks.append(block)
-            block_of.append(blocks.index(block))
+        blocks, block_of = reverse_blocks(icu, ccsid)
         lines.append("  {%d, {" % ccsid)
         lines.extend(number_rows(block_of))
         lines.append("  }, kReverseBlocks%d}," % ccsid)

@@ -26,6 +26,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <memory>
+#include <streambuf>
 #include <vector>
 
 #include "tav_environment.h"
@@ -66,6 +67,14 @@ inline std::string benchFileName(const std::string& stem) {
           ("tav_bench_" + stem + "_" + std::to_string(TavClProcessProperty().getId()) + ".trc"))
       .string();
 }
+
+// A stream buffer that takes every character and keeps none: the formatters' output without
+// the cost of storing it.
+class DiscardingBuffer : public std::streambuf {
+ protected:
+  int_type overflow(int_type c) override { return traits_type::not_eof(c); }
+  std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
+};
 
 // The trace variables of a key, each a suffix and its value, set for the lifetime of the object
 // and removed at its end.

@@ -12,7 +12,6 @@
 #include <filesystem>
 #include <fstream>
 #include <ostream>
-#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -22,12 +21,6 @@
 namespace {
 
 constexpr int64_t kRecords = 1000000;
-
-class NullBuffer : public std::streambuf {
- protected:
-  int_type overflow(int_type c) override { return traits_type::not_eof(c); }
-  std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
-};
 
 // The fields of one record as a program would hold them before printing.
 struct Fields {
@@ -95,7 +88,7 @@ void BM_TraceFormat_tav(benchmark::State& state, bool compress) {
   static TraceFile compressedFile(true);
   TraceFile& file = compress ? compressedFile : plainFile;
   TavClTraceFormatter formatter(file.environment);
-  NullBuffer sink;
+  tav::bench::DiscardingBuffer sink;
   std::ostream output(&sink);
   for (auto _ : state) formatter.format(output);
   state.SetItemsProcessed(state.iterations() * kRecords);
@@ -103,7 +96,7 @@ void BM_TraceFormat_tav(benchmark::State& state, bool compress) {
 
 void BM_TraceFormat_snprintf(benchmark::State& state) {
   static const std::vector<Fields> fields = recordFields();
-  NullBuffer sink;
+  tav::bench::DiscardingBuffer sink;
   std::ostream output(&sink);
   const char* const details[] = {"OFF", "LOW", "MED", "HIGH"};
   char buffer[1024];

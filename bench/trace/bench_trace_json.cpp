@@ -10,7 +10,6 @@
 #include <cstdio>
 #include <fstream>
 #include <ostream>
-#include <streambuf>
 #include <string>
 
 #include "bench_trace_common.h"
@@ -20,12 +19,6 @@
 namespace {
 
 constexpr int64_t kRecords = 1000000;
-
-class DiscardingBuffer : public std::streambuf {
- protected:
-  int_type overflow(int_type c) override { return traits_type::not_eof(c); }
-  std::streamsize xsputn(const char*, std::streamsize n) override { return n; }
-};
 
 // Written once per process, removed at exit. Time stamps advance a millisecond every 100
 // records, so that the JSON writer's time line sees both steps and equal ticks.
@@ -72,7 +65,7 @@ JsonBenchFile& benchFile() {
 
 void BM_TraceJson_json(benchmark::State& state) {
   TavClTraceFormatter formatter(benchFile().environment);
-  DiscardingBuffer sink;
+  tav::bench::DiscardingBuffer sink;
   std::ostream output(&sink);
   for (auto _ : state) TavClTraceJsonWriter(formatter).write(output);
   state.SetItemsProcessed(state.iterations() * kRecords);
@@ -80,7 +73,7 @@ void BM_TraceJson_json(benchmark::State& state) {
 
 void BM_TraceJson_text(benchmark::State& state) {
   TavClTraceFormatter formatter(benchFile().environment);
-  DiscardingBuffer sink;
+  tav::bench::DiscardingBuffer sink;
   std::ostream output(&sink);
   for (auto _ : state) formatter.format(output);
   state.SetItemsProcessed(state.iterations() * kRecords);
